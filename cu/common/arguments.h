@@ -1,0 +1,51 @@
+/// @file
+/// What a launch passes of images and streams.
+
+#pragma once
+
+#include <algorithm>
+
+#include "layout.h"
+#include "platform.h"
+#include "vexaCore.h"
+
+namespace vexa {
+
+/// The stream handle that platform calls and launches take.
+inline platform::Stream handle(const VexaStream& stream)
+{
+    return static_cast<platform::Stream>(stream.ptr());
+}
+
+/// The pitch of an image in elements of type T.
+template <typename T>
+int pitchOf(const VexaImage& image)
+{
+    return image.pitch() / static_cast<int>(sizeof(T));
+}
+
+/// Elements of a row.
+inline int elementsOf(const VexaImage& image)
+{
+    return image.width() * image.channels();
+}
+
+/// How many of `rows` rows of `rowBytes`, `pitch` bytes apart, lie inside the buffer of an image.
+inline int rowsInside(const VexaImage& image, long long rows, long long rowBytes, long long pitch)
+{
+    const long long ownRowBytes = static_cast<long long>(elementsOf(image)) * (image.depth() / 8);
+    const long long bytes = bufferBytes(image.pitch(), image.height(), ownRowBytes);
+    if (rowBytes > bytes) return 0;
+    return static_cast<int>(pitch > 0 ? std::min(rows, (bytes - rowBytes) / pitch + 1) : rows);
+}
+
+/// How many rows of `layout`, with its width and pitch, lie inside the buffer of an image of its size. Some kernels
+/// address all their images by the pitch of the first; this clips their work on images that were made with a smaller
+/// pitch of their own.
+inline int rowsInside(const VexaImage& image, const VexaImage& layout)
+{
+    const long long rowBytes = static_cast<long long>(elementsOf(layout)) * (layout.depth() / 8);
+    return rowsInside(image, layout.height(), rowBytes, layout.pitch());
+}
+
+}  // namespace vexa

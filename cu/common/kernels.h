@@ -1,0 +1,68 @@
+/// @file
+/// The shapes of kernels. A kernel is a function template whose body is one call of a shape with a plain lambda as its
+/// rule. Under nvcc that call does this thread's share of the image; on the host it does the whole image, on all
+/// cores. A kernel is complete under any launch geometry; `launch` picks one and stands for every launch.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "target.h"
+
+namespace vexa {
+
+/// Rows of elements: a pointer to the first and the pitch, in elements, from one row to the next.
+template <typename T>
+struct Plane {
+    T* pixels;
+    int pitch;
+
+    VEXA_DEVICE T* row(int y) const { return pixels + static_cast<std::ptrdiff_t>(y) * pitch; }
+};
+
+/// How many threads a launch wants in each direction; the host needs none.
+struct Extent {
+    int width;
+    int height;
+};
+
+/// The side of the standard block of threads.
+inline constexpr int blockSide = 16;
+
+/// Elements that one thread of mapElements handles at a time: 16 bytes of the widest type.
+template <typename... T>
+inline constexpr int elementsPerThread = 16 / static_cast<int>([] {
+    std::size_t widest = 0;
+    ((widest = sizeof(T) > widest ? sizeof(T) : widest), ...);
+    return widest;
+}());
+
+/// The extent of a mapElements kernel over C-channel pixels of elements T.
+template <int C, typename... T>
+constexpr Extent elementExtent(int width, int height)
+{
+    return {static_cast<int>((static_cast<long long>(width) * C - 1) / elementsPerThread<T...> + 1), height};
+}
+
+namespace detail {
+
+template <typename T>
+bool isNull(const T& argument)
+{
+    if constexpr (std::is_pointer_v<T>)
+        return argument == nullptr;
+    else
+        return false;
+}
+
+}  // namespace detail
+
+}  // namespace vexa
+
+#if defined(__CUDACC__)
+#include "kernels_device.h"
+#else
+#include "kernels_host.h"
+#endif

@@ -1,0 +1,147 @@
+/// @file
+/// The shapes of kernels on the GPU. Threads stride over the image by the size of the grid, so that a kernel is
+/// complete whatever grid it is launched with.
+
+#pragma once
+
+namespace vexa {
+
+namespace detail {
+
+constexpr int largestGridHeight = 65535;
+
+inline unsigned blocks(int threads)
+{
+    return threads < 1 ? 0U : (static_cast<unsigned>(threads) + blockSide - 1) / blockSide;
+}
+
+inline unsigned atMost(unsigned value, unsigned limit)
+{
+    return value < limit ? value : limit;
+}
+
+}  // namespace detail
+
+template <typename... P, typename... A>
+void launch(void (*kernel)(P...), Extent extent, cudaStream_t stream, A... arguments)
+{
+    // A null image is left by an allocation that failed. Such a launch does nothing: on the device its fault would
+    // end the context and all images with it.
+    if ((detail::isNull(arguments) || ...)) return;
+    const dim3 grid(detail::blocks(extent.width),
+                    detail::atMost(detail::blocks(extent.height), detail::largestGridHeight));
+    kernel<<<grid, dim3(blockSide, blockSide), 0, stream>>>(static_cast<P>(arguments)...);
+}
+
+namespace detail {
+
+VEXA_DEVICE int firstColumn()
+{
+    return static_cast<int>(blockIdx.x * blockDim.x + threadIdx.x);
+}
+
+VEXA_DEVICE int columnStride()
+{
+    return static_cast<int>(gridDim.x * blockDim.x);
+}
+
+VEXA_DEVICE int firstRow()
+{
+    return static_cast<int>(blockIdx.y * blockDim.y + threadIdx.y);
+}
+
+VEXA_DEVICE int rowStride()
+{
+    return static_cast<int>(gridDim.y * blockDim.y);
+}
+
+/// V elements that move as one word.
+template <typename T, int V>
+struct alignas(sizeof(T) * V) Pack {
+    T lane[V];
+};
+
+template <int V, typename T>
+VEXA_DEVICE bool isAligned(Plane<T> plane)
+{
+    constexpr std::uintptr_t bytes = sizeof(T) * V;
+    const auto address = reinterpret_cast<std::uintptr_t>(plane.pixels);
+    return (address | static_cast<std::uintptr_t>(plane.pitch) * sizeof(T)) % bytes == 0;
+}
+
+template <int V, typename T>
+VEXA_DEVICE Pack<T, V> loadPack(const T* from)
+{
+    return *reinterpret_cast<const Pack<T, V>*>(from);
+}
+
+template <int V, typename D, typename Op, typename... S>
+VEXA_DEVICE void mapPacks(D* to, const Op& op, Pack<S, V>... from)
+{
+    Pack<D, V> result;
+#pragma unroll
+    for (int i = 0; i < V; ++i) result.lane[i] = op(from.lane[i]...);
+    *reinterpret_cast<Pack<D, V>*>(to) = result;
+}
+
+template <int V, typename D, typename Op, typename... S>
+VEXA_DEVICE void mapRun(bool aligned, int count, D* to, const Op& op, const S*... from)
+{
+    if (aligned && count >= V) {
+        mapPacks<V>(to, op, loadPack<V>(from)...);
+        return;
+    }
+    for (int i = 0; i < V && i < count; ++i) to[i] = op(from[i]...);
+}
+
+}  // namespace detail
+
+/// rule(x, y) for every pixel, one a thread.
+template <typename Rule>
+VEXA_DEVICE void forEachPixel(int width, int height, const Rule& rule)
+{
+    for (int y = detail::firstRow(); y < height; y += detail::rowStride())
+        for (int x = detail::firstColumn(); x < width; x += detail::columnStride()) rule(x, y);
+}
+
+/// dst = op(src...) for every element of C-channel pixels, 16 bytes of the widest type a thread.
+template <int C, typename D, typename Op, typename... S>
+VEXA_DEVICE void mapElements(int width, int height, Plane<D> dst, const Op& op, Plane<S>... src)
+{
+    constexpr int V = elementsPerThread<D, S...>;
+    const bool aligned = detail::isAligned<V>(dst) && (detail::isAligned<V>(src) && ...);
+    const int elements = width * C;
+    for (int y = detail::firstRow(); y < height; y += detail::rowStride())
+        for (int x = V * detail::firstColumn(); x < elements; x += V * detail::columnStride())
+            detail::mapRun<V>(aligned, elements - x, dst.row(y) + x, op, (src.row(y) + x)...);
+}
+
+/// One block of threads that share memory.
+template <typename Shared>
+struct Block {
+    int x;  ///< of the block in the grid
+    int y;
+    Shared& shared;
+
+    /// rule(x, y) for every thread of the block; all have done so when it returns.
+    template <typename Rule>
+    VEXA_DEVICE void phase(const Rule& rule) const
+    {
+        rule(static_cast<int>(threadIdx.x), static_cast<int>(threadIdx.y));
+        __syncthreads();
+    }
+};
+
+/// body(block) for every block of the standard grid over width and height. What is shared starts undefined.
+template <typename Shared, typename Body>
+VEXA_DEVICE void forEachBlock(int width, int height, const Body& body)
+{
+    __shared__ Shared shared;
+    const int columns = (width + blockSide - 1) / blockSide;
+    const int rows = (height + blockSide - 1) / blockSide;
+    for (int y = static_cast<int>(blockIdx.y); y < rows; y += static_cast<int>(gridDim.y))
+        for (int x = static_cast<int>(blockIdx.x); x < columns; x += static_cast<int>(gridDim.x))
+            body(Block<Shared>{x, y, shared});
+}
+
+}  // namespace vexa
