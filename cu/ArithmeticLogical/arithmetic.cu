@@ -16,7 +16,7 @@ using namespace vexa;
 template <typename T, int C, int min, int max, int op, bool sat>
 VEXA_KERNEL kernel_arithmetic_st(T* src1, T* src2, T* dst, int width, int height, int pitch)
 {
-    mapElements<C>(width, height, Plane<T>{dst, pitch}, Combine<T, min, max, op, sat>{}, Plane<T>{src1, pitch},
+    mapElements<C>(width, height, Plane<T>{dst, pitch}, Combine<T, op, sat>{{min, max}}, Plane<T>{src1, pitch},
                    Plane<T>{src2, pitch});
 }
 
@@ -24,7 +24,7 @@ VEXA_KERNEL kernel_arithmetic_st(T* src1, T* src2, T* dst, int width, int height
 template <typename S, typename D, int C, int min, int max, int op, bool sat>
 VEXA_KERNEL kernel_arithmetic_dt(S* src1, S* src2, D* dst, int width, int height, int srcPitch, int dstPitch)
 {
-    mapElements<C>(width, height, Plane<D>{dst, dstPitch}, Combine<D, min, max, op, sat>{}, Plane<S>{src1, srcPitch},
+    mapElements<C>(width, height, Plane<D>{dst, dstPitch}, Combine<D, op, sat>{{min, max}}, Plane<S>{src1, srcPitch},
                    Plane<S>{src2, srcPitch});
 }
 
@@ -33,7 +33,7 @@ template <typename S1, typename S2, typename D, int C, int min, int max, int op,
 VEXA_KERNEL kernel_arithmetic_dt(S1* src1, S2* src2, D* dst, int width, int height, int pitch1, int pitch2,
                                  int dstPitch)
 {
-    mapElements<C>(width, height, Plane<D>{dst, dstPitch}, Combine<D, min, max, op, sat>{}, Plane<S1>{src1, pitch1},
+    mapElements<C>(width, height, Plane<D>{dst, dstPitch}, Combine<D, op, sat>{{min, max}}, Plane<S1>{src1, pitch1},
                    Plane<S2>{src2, pitch2});
 }
 

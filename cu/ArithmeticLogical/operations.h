@@ -61,15 +61,17 @@ VEXA_DEVICE D combineInIntegers(D a, D b)
 }
 
 /// a op b as an element: the value function of the arithmetic kernels.
-template <typename D, int min, int max, int op, bool saturates>
+template <typename D, int op, bool saturates>
 struct Combine {
+    Range range;
+
     template <typename A, typename B>
     VEXA_DEVICE D operator()(A a, B b) const
     {
         if constexpr (isExactInIntegers<op, A, B, D>)
             return combineInIntegers<op, D>(a, b);
         else
-            return store<D, min, max, saturates>(combine<op>(static_cast<float>(a), static_cast<float>(b)));
+            return store<D, saturates>(combine<op>(static_cast<float>(a), static_cast<float>(b)), range);
     }
 };
 

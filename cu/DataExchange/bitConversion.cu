@@ -17,43 +17,49 @@ namespace {
 template <typename S, typename D>
 struct Rescale {
     float scale;
-    Vexa32u from_max;
-    Vexa32u to_max;
+    float from_max;
+    Range to;
 
     VEXA_DEVICE D operator()(S element) const
     {
-        const int value = static_cast<int>(element < from_max ? element : from_max);
-        return saturate<D>(static_cast<float>(value) * scale, 0.0F, static_cast<float>(to_max));
+        const auto value = static_cast<float>(element);
+        return saturate<D>((value > from_max ? from_max : value) * scale, to);
     }
 };
+
+template <typename S, typename D>
+VEXA_DEVICE Rescale<S, D> rescale(float scale, Vexa32u from_max, Vexa32u to_max)
+{
+    return {scale, static_cast<float>(from_max), {0.0F, static_cast<float>(to_max)}};
+}
 
 }  // namespace
 
 VEXA_KERNEL kernel_bitConversion_8u8u(Vexa8u* src, Vexa8u* dst, Vexa32s width, Vexa32s pitch, Vexa32s height,
                                       float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    mapElements<1>(width, height, Plane<u8>{dst, pitch}, Rescale<u8, u8>{scale, from_max, to_max},
+    mapElements<1>(width, height, Plane<u8>{dst, pitch}, rescale<u8, u8>(scale, from_max, to_max),
                    Plane<u8>{src, pitch});
 }
 
 VEXA_KERNEL kernel_bitConversion_16u16u(Vexa16u* src, Vexa16u* dst, Vexa32s width, Vexa32s pitch, Vexa32s height,
                                         float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    mapElements<1>(width, height, Plane<u16>{dst, pitch}, Rescale<u16, u16>{scale, from_max, to_max},
+    mapElements<1>(width, height, Plane<u16>{dst, pitch}, rescale<u16, u16>(scale, from_max, to_max),
                    Plane<u16>{src, pitch});
 }
 
 VEXA_KERNEL kernel_bitConversion_8u16u(Vexa8u* src, Vexa16u* dst, Vexa32s width, Vexa32s srcPitch, Vexa32s height,
                                        Vexa32s dstPitch, float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    mapElements<1>(width, height, Plane<u16>{dst, dstPitch}, Rescale<u8, u16>{scale, from_max, to_max},
+    mapElements<1>(width, height, Plane<u16>{dst, dstPitch}, rescale<u8, u16>(scale, from_max, to_max),
                    Plane<u8>{src, srcPitch});
 }
 
 VEXA_KERNEL kernel_bitConversion_16u8u(Vexa16u* src, Vexa8u* dst, Vexa32s width, Vexa32s srcPitch, Vexa32s height,
                                        Vexa32s dstPitch, float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    mapElements<1>(width, height, Plane<u8>{dst, dstPitch}, Rescale<u16, u8>{scale, from_max, to_max},
+    mapElements<1>(width, height, Plane<u8>{dst, dstPitch}, rescale<u16, u8>(scale, from_max, to_max),
                    Plane<u16>{src, srcPitch});
 }
 

@@ -13,14 +13,9 @@ template <typename S, typename D, int C, bool sat>
 VEXA_KERNEL kernel_convert_scale(S* src, D* dst, int width, int height, int srcPitch, int dstPitch, float scale,
                                  float offset, D min, D max)
 {
-    const auto lowest = static_cast<float>(min);
-    const auto highest = static_cast<float>(max);
+    const Range range{static_cast<float>(min), static_cast<float>(max)};
     const auto convert = [=](S value) {
-        const float scaled = multiplyAdd(static_cast<float>(value), scale, offset);
-        if constexpr (sat)
-            return saturate<D>(scaled, lowest, highest);
-        else
-            return static_cast<D>(scaled);
+        return store<D, sat>(multiplyAdd(static_cast<float>(value), scale, offset), range);
     };
     mapElements<C>(width, height, Plane<D>{dst, dstPitch}, convert, Plane<S>{src, srcPitch});
 }

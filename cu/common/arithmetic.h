@@ -31,22 +31,29 @@ VEXA_DEVICE float reciprocal(float x)
 #endif
 }
 
-/// value clamped to [min, max] and truncated toward zero. A NaN gives min.
+/// The range that a saturating store clamps to. Value functions carry it as data even where it is a constant: GCC
+/// unrolls comparisons with constants into a maze of masks, which halves the speed of a vector loop.
+struct Range {
+    float lowest;
+    float highest;
+};
+
+/// value clamped to the range and truncated toward zero. A NaN gives the lowest.
 template <typename T>
-VEXA_DEVICE T saturate(float value, float min, float max)
+VEXA_DEVICE T saturate(float value, Range range)
 {
     // In this order a NaN passes the first comparison and stops at the second, and no conversion is out of range.
-    const float below = value > max ? max : value;
-    const float inside = below > min ? below : min;
+    const float below = value > range.highest ? range.highest : value;
+    const float inside = below > range.lowest ? below : range.lowest;
     return static_cast<T>(static_cast<int>(inside));
 }
 
 /// A result as an element: saturated if the type says so, else as it is.
-template <typename T, int min, int max, bool saturates>
-VEXA_DEVICE T store(float value)
+template <typename T, bool saturates>
+VEXA_DEVICE T store(float value, Range range)
 {
     if constexpr (saturates)
-        return saturate<T>(value, static_cast<float>(min), static_cast<float>(max));
+        return saturate<T>(value, range);
     else
         return static_cast<T>(value);
 }
