@@ -13,7 +13,8 @@ using namespace vexa;
 
 namespace {
 
-/// The value function: clamps to the largest source value, rescales and truncates.
+/// The value function: rescales and truncates. The largest source value, and what is above it, becomes the largest
+/// destination value as such, since the product can round to just below it: white stays white.
 template <typename S, typename D>
 struct Rescale {
     float scale;
@@ -23,14 +24,16 @@ struct Rescale {
     VEXA_DEVICE D operator()(S element) const
     {
         const auto value = static_cast<float>(element);
-        return saturate<D>((value > from_max ? from_max : value) * scale, to);
+        return saturate<D>(value < from_max ? value * scale : to.highest, to);
     }
 };
 
 template <typename S, typename D>
 VEXA_DEVICE Rescale<S, D> rescale(float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    return {scale, static_cast<float>(from_max), {0.0F, static_cast<float>(to_max)}};
+    // Without data bits there is no range to rescale, and everything is 0.
+    const Vexa32u top = from_max > 0 ? to_max : 0;
+    return {scale, static_cast<float>(from_max), {0.0F, static_cast<float>(top)}};
 }
 
 }  // namespace
