@@ -27,9 +27,9 @@ struct Types {
     VexaType src2;
     VexaType dst;
 };
-const Types sameTypes[] = {
-    {VEXA_8UC1, VEXA_8UC1, VEXA_8UC1},    {VEXA_8UC3, VEXA_8UC3, VEXA_8UC3},    {VEXA_16UC1, VEXA_16UC1, VEXA_16UC1},
-    {VEXA_16UC3, VEXA_16UC3, VEXA_16UC3}, {VEXA_32FC1, VEXA_32FC1, VEXA_32FC1}, {VEXA_32FC3, VEXA_32FC3, VEXA_32FC3}};
+const Types sameTypes[] = {{VEXA_8UC1, VEXA_8UC1, VEXA_8UC1},    {VEXA_8UC3, VEXA_8UC3, VEXA_8UC3},
+                           {VEXA_16UC1, VEXA_16UC1, VEXA_16UC1}, {VEXA_16UC3, VEXA_16UC3, VEXA_16UC3},
+                           {VEXA_32FC1, VEXA_32FC1, VEXA_32FC1}, {VEXA_32FC3, VEXA_32FC3, VEXA_32FC3}};
 const Types mixedTypes[] = {{VEXA_8UC1, VEXA_8UC1, VEXA_16UC1},
                             {VEXA_8UC1, VEXA_8UC1, VEXA_32FC1},
                             {VEXA_8UC1, VEXA_16UC1, VEXA_16UC1},

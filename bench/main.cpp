@@ -101,8 +101,15 @@ Result resultOf(const Benchmark& row, const Medians& medians, int calls)
     const double peerMs = medians.milliseconds(nameOf(row) + "/peer") / calls;
     const double speed = row.bytes / ms / 1e6;
     const double copySpeed = 2 * bench::bytesOf(row.type, row.size) / copyMs / 1e6;
-    return {row.operation, bench::nameOf(row.type), bench::nameOf(row.size), ms, speed, speed / copySpeed, row.peerName,
-            peerMs, peerMs / ms};
+    return {row.operation,
+            bench::nameOf(row.type),
+            bench::nameOf(row.size),
+            ms,
+            speed,
+            speed / copySpeed,
+            row.peerName,
+            peerMs,
+            peerMs / ms};
 }
 
 void print(const std::vector<Result>& results)

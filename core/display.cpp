@@ -24,9 +24,8 @@ bool connectsToX()
     using HasError = int (*)(void* connection);
     using Disconnect = void (*)(void* connection);
 
-    const std::unique_ptr<void, int (*)(void*)> library(dlopen("libxcb.so.1", RTLD_NOW), [](void* opened) {
-        return opened != nullptr ? dlclose(opened) : 0;
-    });
+    const std::unique_ptr<void, int (*)(void*)> library(
+        dlopen("libxcb.so.1", RTLD_NOW), [](void* opened) { return opened != nullptr ? dlclose(opened) : 0; });
     if (library == nullptr) return false;
     const auto connect = reinterpret_cast<Connect>(dlsym(library.get(), "xcb_connect"));
     const auto hasError = reinterpret_cast<HasError>(dlsym(library.get(), "xcb_connection_has_error"));

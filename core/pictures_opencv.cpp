@@ -67,8 +67,8 @@ try {
     if (!isReadable(file)) return false;
     const auto pixels = std::make_shared<cv::Mat>(cv::imread(file, imreadFlags(load)));
     if (pixels->empty()) return false;
-    picture = {pixels->cols,       pixels->rows, bitsOf(pixels->depth()), pixels->channels(),
-               pixels->step.p[0], pixels->data, pixels};
+    picture = {pixels->cols, pixels->rows, bitsOf(pixels->depth()), pixels->channels(), pixels->step.p[0],
+               pixels->data, pixels};
     return true;
 } catch (...) {
     return false;

@@ -14,8 +14,8 @@ namespace {
 vexa::Picture makePicture(int width, int height, int depth, int channels)
 {
     vexa::Picture picture{width, height, depth, channels, 0, nullptr, nullptr};
-    picture.pitch = static_cast<std::size_t>(width) * static_cast<std::size_t>(channels) *
-                    (static_cast<std::size_t>(depth) / 8);
+    picture.pitch =
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(channels) * (static_cast<std::size_t>(depth) / 8);
     try {
         const std::shared_ptr<char[]> pixels(new char[picture.pitch * static_cast<std::size_t>(height)]());
         picture.pixels = pixels.get();
@@ -104,8 +104,9 @@ VexaStatus showImage(const std::string& name, const VexaImage& image)
 {
     if (!image.isInitialized()) return VEXA_IMAGE_NOT_INITIALIZED;
     // Every other format is shown as three floats; one that is wider than that is refused by the download.
-    Picture picture = isShownAsItIs(image.type()) ? makePicture(image.width(), image.height(), image.depth(), image.channels())
-                                                  : makePicture(image.width(), image.height(), 32, 3);
+    Picture picture = isShownAsItIs(image.type())
+                          ? makePicture(image.width(), image.height(), image.depth(), image.channels())
+                          : makePicture(image.width(), image.height(), 32, 3);
     if (picture.pixels == nullptr) return VEXA_UNKNOWN_ERROR;
     (void)image.download(picture.pixels, static_cast<Vexa32s>(picture.pitch));
     return showPicture(name, picture) ? VEXA_SUCCESS : VEXA_UNKNOWN_ERROR;

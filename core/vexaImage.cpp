@@ -65,8 +65,8 @@ Byte* pixelAt(Byte* pixels, long long pitch, const VexaImage& format, Vexa32s x,
     using Char = std::conditional_t<std::is_const_v<Byte>, const char, char>;
     // By integers, as offsets are taken as they are and may point outside until the copy refuses them.
     const auto address = reinterpret_cast<std::uintptr_t>(pixels);
-    return reinterpret_cast<Char*>(address + static_cast<std::uintptr_t>(
-                                                 y * pitch + pixelBytes(x, format.depth(), format.channels())));
+    return reinterpret_cast<Char*>(
+        address + static_cast<std::uintptr_t>(y * pitch + pixelBytes(x, format.depth(), format.channels())));
 }
 
 /// The bytes of `width` by `height` pixels. A negative side becomes huge, and the copy is refused.
@@ -421,9 +421,9 @@ VexaStatus VexaImage::download(void* dst, VexaPoint2D<int> offset, Vexa32s pitch
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
     const platform::Target to = target(pixelAt(dst, pitch, *this, offset.x, offset.y), pitch);
-    return answer(platform::copyToHost(to, sourceAt(*this, roi.origin()), extentOf(*this, roi.width, roi.height),
-                                       handle(stream)),
-                  VEXA_MEMCPY_D2H_ERROR);
+    return answer(
+        platform::copyToHost(to, sourceAt(*this, roi.origin()), extentOf(*this, roi.width, roi.height), handle(stream)),
+        VEXA_MEMCPY_D2H_ERROR);
 }
 
 VexaStatus VexaImage::download(void* dst) const

@@ -11,9 +11,9 @@ namespace dataExchange {
 /// Every element as `value * scale + offset` in 32-bit float, one fused step. Integer destinations saturate and
 /// truncate toward zero (add 0.5 by `offset` to round), a NaN stores 0; float destinations store the value as it is.
 ///
-/// Between any two of 8u, 16u and 32f, with 1 or 3 channels. An empty `dst` is created with the size and type of `src`; a change of type
-/// needs a destination made beforehand, or VexaImage::convertTo. Runs in place where the types are equal, returns
-/// without waiting.
+/// Between any two of 8u, 16u and 32f, with 1 or 3 channels. An empty `dst` is created with the size and type of `src`;
+/// a change of type needs a destination made beforehand, or VexaImage::convertTo. Runs in place where the types are
+/// equal, returns without waiting.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for images that differ in
 ///         width, height or channels and for other types

@@ -125,12 +125,7 @@ enum VexaLoadType {
 };
 
 /// Where a pointer points.
-enum VexaPointerType {
-    VEXA_PTR_NONE = -1,
-    VEXA_PTR_DEVICE = 0,
-    VEXA_PTR_HOST = 1,
-    VEXA_PTR_HOST_PAGE_LOCKED = 2
-};
+enum VexaPointerType { VEXA_PTR_NONE = -1, VEXA_PTR_DEVICE = 0, VEXA_PTR_HOST = 1, VEXA_PTR_HOST_PAGE_LOCKED = 2 };
 
 enum VexaInterpolationType { VEXA_INTER_NEAREST = 1, VEXA_INTER_LINEAR = 2, VEXA_INTER_CUBIC = 3 };
 
@@ -248,9 +243,9 @@ struct VexaDeviceProperties {
 /// assignment: write through vals() or operator[].
 class VEXA_API VexaScalar {
 public:
-    VexaScalar();                 ///< 0, 0, 0, 0; integer
-    VexaScalar(Vexa64f value);    ///< value in all four
-    VexaScalar(Vexa32s value);    ///< value in all four; integer
+    VexaScalar();                                    ///< 0, 0, 0, 0; integer
+    VexaScalar(Vexa64f value);                       ///< value in all four
+    VexaScalar(Vexa32s value);                       ///< value in all four; integer
     VexaScalar(Vexa64f v0, Vexa64f v1, Vexa64f v2);  ///< the fourth is 0: an alpha channel stays as it is
     VexaScalar(Vexa32s v0, Vexa32s v1, Vexa32s v2);  ///< the fourth is 0; integer
     VexaScalar(Vexa64f v0, Vexa64f v1, Vexa64f v2, Vexa64f v3);

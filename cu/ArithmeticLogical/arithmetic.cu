@@ -99,8 +99,8 @@ VexaStatus combineImages(const VexaImage& src1, const VexaImage& src2, VexaImage
     if (const VexaStatus failed = initialized(src1, src2)) return failed;
     if (const VexaStatus failed = match(src2, src1, {same::width, same::height, same::channels})) return failed;
     const int depth = std::max(src1.depth(), src2.depth());
-    if (const VexaStatus failed = matchOrCreate(dst, src1, {same::width, same::height, same::channels}, src1.size(),
-                                                depth, src1.channels()))
+    if (const VexaStatus failed =
+            matchOrCreate(dst, src1, {same::width, same::height, same::channels}, src1.size(), depth, src1.channels()))
         return failed;
     return dispatch(ArithmeticTypes{}, Channels<1, 3>{}, VEXA_NOT_SUPPORTED_MODE_ERROR,
                     Arithmetic<op>{src1, src2, dst, handle(stream)}, src1, src2, dst);

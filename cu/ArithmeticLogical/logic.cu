@@ -43,8 +43,8 @@ VexaStatus NOT(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
     if (const VexaStatus failed =
             matchOrCreate(dst, src, {same::width, same::height, same::type}, src.size(), src.type()))
         return failed;
-    return dispatch(LogicTypes{}, Channels<1, 3>{}, VEXA_NOT_SUPPORTED_MODE_ERROR,
-                    Complement{src, dst, handle(stream)}, src);
+    return dispatch(LogicTypes{}, Channels<1, 3>{}, VEXA_NOT_SUPPORTED_MODE_ERROR, Complement{src, dst, handle(stream)},
+                    src);
 }
 
 }  // namespace vexa::arithmeticLogical

@@ -111,8 +111,8 @@ VexaStatus vexa_bitConversion_16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa32s srcWidth
     return VEXA_SUCCESS;
 }
 
-VexaStatus vexa_bitConversion_8u_16u(Vexa8u* pSrc, Vexa16u* pDst, Vexa32s srcWidth, Vexa32s srcPitch,
-                                     Vexa32s srcHeight, Vexa32s nChannels, Vexa32s dstPitch, Vexa8u FROM, Vexa8u TO,
+VexaStatus vexa_bitConversion_8u_16u(Vexa8u* pSrc, Vexa16u* pDst, Vexa32s srcWidth, Vexa32s srcPitch, Vexa32s srcHeight,
+                                     Vexa32s nChannels, Vexa32s dstPitch, Vexa8u FROM, Vexa8u TO,
                                      cudaStream_t internal_stream)
 {
     if (const VexaStatus failed = bitsWithin(FROM, 8, TO, 16)) return failed;
@@ -123,8 +123,8 @@ VexaStatus vexa_bitConversion_8u_16u(Vexa8u* pSrc, Vexa16u* pDst, Vexa32s srcWid
     return VEXA_SUCCESS;
 }
 
-VexaStatus vexa_bitConversion_16u_8u(Vexa16u* pSrc, Vexa8u* pDst, Vexa32s srcWidth, Vexa32s srcPitch,
-                                     Vexa32s srcHeight, Vexa32s nChannels, Vexa32s dstPitch, Vexa8u FROM, Vexa8u TO,
+VexaStatus vexa_bitConversion_16u_8u(Vexa16u* pSrc, Vexa8u* pDst, Vexa32s srcWidth, Vexa32s srcPitch, Vexa32s srcHeight,
+                                     Vexa32s nChannels, Vexa32s dstPitch, Vexa8u FROM, Vexa8u TO,
                                      cudaStream_t internal_stream)
 {
     if (const VexaStatus failed = bitsWithin(FROM, 16, TO, 8)) return failed;

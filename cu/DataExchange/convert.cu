@@ -46,10 +46,9 @@ struct ScaleAndOffset {
     template <int C, typename S, typename D>
     void operator()(ChannelCount<C>, Row<S, D>) const
     {
-        launch(kernel_convert_scale<S, D, C, Element<D>::saturates>,
-               elementExtent<C, S, D>(src.width(), src.height()), stream, src.ptr<S>(), dst.ptr<D>(), src.width(),
-               src.height(), pitchOf<S>(src), pitchOf<D>(dst), scale, offset, static_cast<D>(Element<D>::min),
-               static_cast<D>(Element<D>::max));
+        launch(kernel_convert_scale<S, D, C, Element<D>::saturates>, elementExtent<C, S, D>(src.width(), src.height()),
+               stream, src.ptr<S>(), dst.ptr<D>(), src.width(), src.height(), pitchOf<S>(src), pitchOf<D>(dst), scale,
+               offset, static_cast<D>(Element<D>::min), static_cast<D>(Element<D>::max));
     }
 };
 

@@ -34,10 +34,10 @@ inline constexpr int blockSide = 16;
 /// Elements that one thread of mapElements handles at a time: 16 bytes of the widest type.
 template <typename... T>
 inline constexpr int elementsPerThread = 16 / static_cast<int>([] {
-    std::size_t widest = 0;
-    ((widest = sizeof(T) > widest ? sizeof(T) : widest), ...);
-    return widest;
-}());
+                                             std::size_t widest = 0;
+                                             ((widest = sizeof(T) > widest ? sizeof(T) : widest), ...);
+                                             return widest;
+                                         }());
 
 /// The extent of a mapElements kernel over C-channel pixels of elements T.
 template <int C, typename... T>

@@ -28,8 +28,14 @@ private:
 #if defined(__SSE2__)
     using Mode = unsigned int;
     static constexpr Mode flush = 0x8040;  // results (FTZ) and operands (DAZ)
-    static Mode mode() { return _mm_getcsr(); }
-    static void setMode(Mode mode) { _mm_setcsr(mode); }
+    static Mode mode()
+    {
+        return _mm_getcsr();
+    }
+    static void setMode(Mode mode)
+    {
+        _mm_setcsr(mode);
+    }
 #elif defined(__aarch64__)
     using Mode = std::uint64_t;
     static constexpr Mode flush = Mode{1} << 24;  // FZ: results and operands
@@ -39,11 +45,17 @@ private:
         asm volatile("mrs %0, fpcr" : "=r"(mode));
         return mode;
     }
-    static void setMode(Mode mode) { asm volatile("msr fpcr, %0" : : "r"(mode) : "memory"); }
+    static void setMode(Mode mode)
+    {
+        asm volatile("msr fpcr, %0" : : "r"(mode) : "memory");
+    }
 #else
     using Mode = int;
     static constexpr Mode flush = 0;
-    static Mode mode() { return 0; }
+    static Mode mode()
+    {
+        return 0;
+    }
     static void setMode(Mode) {}
 #endif
 

@@ -103,12 +103,12 @@ TEST(Arithmetic, SupportsExactlyItsTable)
     struct Triple {
         int src1, src2, dst;
     };
-    const Triple rows[] = {{8, 8, 8},    {16, 16, 16}, {32, 32, 32}, {8, 8, 16},  {8, 8, 32},  {16, 16, 32}, {8, 16, 16},
-                           {16, 8, 16},  {8, 32, 32},  {32, 8, 32},  {8, 16, 32}, {16, 8, 32}, {16, 32, 32}, {32, 16, 32}};
+    const Triple rows[] = {{8, 8, 8},    {16, 16, 16}, {32, 32, 32}, {8, 8, 16},  {8, 8, 32},
+                           {16, 16, 32}, {8, 16, 16},  {16, 8, 16},  {8, 32, 32}, {32, 8, 32},
+                           {8, 16, 32},  {16, 8, 32},  {16, 32, 32}, {32, 16, 32}};
     const auto isRow = [&](int src1, int src2, int dst) {
-        return std::any_of(std::begin(rows), std::end(rows), [&](const Triple& row) {
-            return row.src1 == src1 && row.src2 == src2 && row.dst == dst;
-        });
+        return std::any_of(std::begin(rows), std::end(rows),
+                           [&](const Triple& row) { return row.src1 == src1 && row.src2 == src2 && row.dst == dst; });
     };
     const int depths[] = {8, -8, 16, -16, 32, -32, 64};
     for (const Operation operation : allOperations)
@@ -148,7 +148,8 @@ TEST(Arithmetic, ChecksInOrder)
         VexaImage dst;
         EXPECT_EQ(operation(empty, image, dst, VexaStream(false)), VEXA_IMAGE_NOT_INITIALIZED);
         EXPECT_EQ(operation(image, empty, dst, VexaStream(false)), VEXA_IMAGE_NOT_INITIALIZED);
-        for (const VexaImage& other : {VexaImage(4, 3, VEXA_8UC1), VexaImage(5, 4, VEXA_8UC1), VexaImage(5, 3, VEXA_8UC3)})
+        for (const VexaImage& other :
+             {VexaImage(4, 3, VEXA_8UC1), VexaImage(5, 4, VEXA_8UC1), VexaImage(5, 3, VEXA_8UC3)})
             EXPECT_EQ(operation(image, other, dst, VexaStream(false)), VEXA_NOT_SUPPORTED_MODE_ERROR);
         EXPECT_FALSE(dst.isInitialized()) << "a mismatch of the sources leaves the destination alone";
 

@@ -45,8 +45,7 @@ TEST(Not, SupportsExactlyItsTypes)
 {
     for (int row = VEXA_8UC1; row <= VEXA_64FC4; ++row) {
         const auto type = static_cast<VexaType>(row);
-        const bool supported =
-            type == VEXA_8UC1 || type == VEXA_8UC3 || type == VEXA_16UC1 || type == VEXA_16UC3;
+        const bool supported = type == VEXA_8UC1 || type == VEXA_8UC3 || type == VEXA_16UC1 || type == VEXA_16UC3;
         VexaImage dst;
         EXPECT_EQ(al::NOT(VexaImage(3, 2, type), dst), supported ? VEXA_SUCCESS : VEXA_NOT_SUPPORTED_MODE_ERROR) << row;
         EXPECT_EQ(dst.type(), type) << "created before a type is refused";

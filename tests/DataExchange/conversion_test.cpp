@@ -92,8 +92,7 @@ TEST(ConvertScale, SupportsExactlyItsTable)
         for (int to = VEXA_8UC1; to <= VEXA_64FC4; ++to) {
             const VexaImage src(3, 2, static_cast<VexaType>(from));
             VexaImage dst(3, 2, static_cast<VexaType>(to));
-            const bool supported =
-                isServed(src.type()) && isServed(dst.type()) && src.channels() == dst.channels();
+            const bool supported = isServed(src.type()) && isServed(dst.type()) && src.channels() == dst.channels();
             ASSERT_EQ(de::convertScale(src, dst, 1, 0), supported ? VEXA_SUCCESS : VEXA_NOT_SUPPORTED_MODE_ERROR)
                 << from << " to " << to;
         }

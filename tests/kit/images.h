@@ -102,7 +102,8 @@ VexaImage noise(VexaSize size, int channels, std::uint32_t seed)
 /// Fills the whole buffer, the gaps behind the rows too, with one byte.
 inline void fillBuffer(VexaImage& image, u8 byte)
 {
-    const std::vector<u8> bytes(static_cast<std::size_t>(image.pitch()) * static_cast<std::size_t>(image.height()), byte);
+    const std::vector<u8> bytes(static_cast<std::size_t>(image.pitch()) * static_cast<std::size_t>(image.height()),
+                                byte);
     ASSERT_EQ(image.upload(bytes.data()), VEXA_SUCCESS);
 }
 
