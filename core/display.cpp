@@ -1,6 +1,6 @@
 /// @file
-/// Looks for a window system: one chosen by the environment, or an X server that lets us connect. libxcb is loaded
-/// when asked for; toolkits that show windows on X bring it along.
+/// Looks for a window system: an X server that lets us connect, or none at all where Qt is told to do without. libxcb
+/// is loaded when asked for; toolkits that show windows on X bring it along.
 
 #include "display.h"
 
@@ -8,15 +8,10 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 namespace vexa {
 namespace {
-
-bool isSet(const char* variable)
-{
-    const char* const value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
 
 bool connectsToX()
 {
@@ -41,7 +36,11 @@ bool connectsToX()
 
 bool hasDisplay()
 {
-    return isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY") || (isSet("DISPLAY") && connectsToX());
+    // Qt takes what it is told to take, or ends the process.
+    const char* const platform = std::getenv("QT_QPA_PLATFORM");
+    const std::string_view chosen = platform != nullptr ? platform : "";
+    if (chosen == "offscreen" || chosen == "minimal") return true;
+    return (chosen.empty() || chosen == "xcb") && connectsToX();
 }
 
 }  // namespace vexa

@@ -8,22 +8,24 @@
 #include <fstream>
 
 #include "display.h"
+#include "jpeg.h"
 #include "pictures.h"
 
 namespace vexa {
 namespace {
 
+/// Pixels stay where the file has them: no load type turns a picture by its EXIF tag.
 int imreadFlags(VexaLoadType load)
 {
     switch (load) {
         case VEXA_LOAD_IMAGE_GRAYSCALE:
-            return cv::IMREAD_GRAYSCALE;
+            return cv::IMREAD_GRAYSCALE | cv::IMREAD_IGNORE_ORIENTATION;
         case VEXA_LOAD_IMAGE_COLOR:
-            return cv::IMREAD_COLOR;
+            return cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION;
         case VEXA_LOAD_IMAGE_GRAYSCALE_KEEP_DEPTH:
-            return cv::IMREAD_ANYDEPTH;
+            return cv::IMREAD_ANYDEPTH | cv::IMREAD_IGNORE_ORIENTATION;
         case VEXA_LOAD_IMAGE_COLOR_KEEP_DEPTH:
-            return cv::IMREAD_ANYDEPTH | cv::IMREAD_ANYCOLOR;
+            return cv::IMREAD_ANYDEPTH | cv::IMREAD_ANYCOLOR | cv::IMREAD_IGNORE_ORIENTATION;
         default:
             return cv::IMREAD_UNCHANGED;
     }
@@ -54,17 +56,20 @@ cv::Mat headerOf(const Picture& picture)
     return {};
 }
 
-/// The decoder would print a warning for a file that can't be opened; this library does not.
-bool isReadable(const std::string& file)
+/// Whether a file is worth handing to a decoder, which would print warnings for one that can't be opened and fill up
+/// the rest of a JPEG that was cut off.
+bool isWhole(const std::string& file)
 {
-    return std::ifstream(file, std::ios::binary).get() != std::ifstream::traits_type::eof();
+    std::ifstream stream(file, std::ios::binary);
+    if (stream.peek() == std::ifstream::traits_type::eof()) return false;
+    return !isJpeg(stream) || endsAsJpeg(stream);
 }
 
 }  // namespace
 
 bool decode(const std::string& file, VexaLoadType load, Picture& picture)
 try {
-    if (!isReadable(file)) return false;
+    if (!isWhole(file)) return false;
     const auto pixels = std::make_shared<cv::Mat>(cv::imread(file, imreadFlags(load)));
     if (pixels->empty()) return false;
     picture = {pixels->cols, pixels->rows, bitsOf(pixels->depth()), pixels->channels(), pixels->step.p[0],

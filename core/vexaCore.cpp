@@ -5,9 +5,7 @@
 
 #include <sys/time.h>
 
-#include <algorithm>
 #include <atomic>
-#include <iterator>
 
 #include "platform.h"
 #include "vexaDevice.h"
@@ -16,7 +14,7 @@ namespace platform = vexa::platform;
 
 namespace {
 
-/// The number of the next created stream; the library's one mutable global.
+/// The number of the next created stream.
 std::atomic<Vexa32s> stream_count{1};
 
 platform::Stream handle(void* stream)

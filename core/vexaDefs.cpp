@@ -21,13 +21,11 @@ VexaSize::~VexaSize()
 
 template <typename T>
 VexaPoint2D<T>::VexaPoint2D() : x(0), y(0)
-{
-}
+{}
 
 template <typename T>
 VexaPoint2D<T>::VexaPoint2D(T x, T y) : x(x), y(y)
-{
-}
+{}
 
 template <typename T>
 VexaPoint2D<T>::~VexaPoint2D()
@@ -50,13 +48,11 @@ VexaPoint2D<int> VexaRect::origin() const
 
 template <typename P, typename V>
 VexaPointValue2D<P, V>::VexaPointValue2D() : x(0), y(0), val(0)
-{
-}
+{}
 
 template <typename P, typename V>
 VexaPointValue2D<P, V>::VexaPointValue2D(P x, P y, V val) : x(x), y(y), val(val)
-{
-}
+{}
 
 template struct VexaPointValue2D<float, float>;
 
@@ -97,18 +93,15 @@ VexaScalar::VexaScalar(Vexa32s v0, Vexa32s v1, Vexa32s v2) : _vals(elements(v0, 
 
 VexaScalar::VexaScalar(Vexa64f v0, Vexa64f v1, Vexa64f v2, Vexa64f v3)
     : _vals(elements(v0, v1, v2, v3)), _isInteger(false)
-{
-}
+{}
 
 VexaScalar::VexaScalar(Vexa32s v0, Vexa32s v1, Vexa32s v2, Vexa32s v3)
     : _vals(elements(v0, v1, v2, v3)), _isInteger(true)
-{
-}
+{}
 
 VexaScalar::VexaScalar(const VexaScalar& other)
     : _vals(elements(other[0], other[1], other[2], other[3])), _isInteger(other._isInteger)
-{
-}
+{}
 
 VexaScalar::~VexaScalar()
 {

@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstdint>
 #include <limits>
-#include <type_traits>
 
 #include "layout.h"
 #include "platform.h"
@@ -58,15 +57,31 @@ VexaChannelSeq usualSequence(Vexa32s channels)
     }
 }
 
-/// The start of pixel (x, y) of pixels in host or device memory.
-template <typename Byte>
-Byte* pixelAt(Byte* pixels, long long pitch, const VexaImage& format, Vexa32s x, Vexa32s y)
+/// Bytes from the first pixel to pixel (x, y), at the pitch of the memory that holds them.
+long long offsetOf(const VexaImage& format, long long pitch, VexaPoint2D<int> pixel)
 {
-    using Char = std::conditional_t<std::is_const_v<Byte>, const char, char>;
-    // By integers, as offsets are taken as they are and may point outside until the copy refuses them.
-    const auto address = reinterpret_cast<std::uintptr_t>(pixels);
-    return reinterpret_cast<Char*>(
-        address + static_cast<std::uintptr_t>(y * pitch + pixelBytes(x, format.depth(), format.channels())));
+    return pixel.y * pitch + pixelBytes(pixel.x, format.depth(), format.channels());
+}
+
+/// A pixel of a caller's memory. By integers, as it may be far from what the caller holds.
+template <typename Byte>
+Byte* hostPixel(Byte* pixels, long long offset)
+{
+    if (pixels == nullptr) return nullptr;
+    return reinterpret_cast<Byte*>(reinterpret_cast<std::uintptr_t>(pixels) + static_cast<std::uintptr_t>(offset));
+}
+
+/// A pixel of an image's buffer, null if the extent from there on leaves the buffer. Rectangles are not compared with
+/// the image, but nothing may reach into another one.
+char* devicePixel(const VexaImage& image, long long offset, platform::Extent2D extent)
+{
+    const long long ownRow = pixelBytes(image.width(), image.depth(), image.channels());
+    const long long held = image.isInitialized() ? vexa::bufferBytes(image.pitch(), image.height(), ownRow) : 0;
+    const auto rows = static_cast<long long>(extent.rows);
+    const auto rowBytes = static_cast<long long>(extent.rowBytes);
+    const bool inside = offset >= 0 && offset <= held && rowBytes >= 0 && rowBytes <= held - offset && rows >= 0 &&
+                        rows <= INT_MAX && offset + image.pitch() * (rows - 1) + rowBytes <= held;
+    return inside ? static_cast<char*>(image.ptr()) + offset : nullptr;
 }
 
 /// The bytes of `width` by `height` pixels. A negative side becomes huge, and the copy is refused.
@@ -97,14 +112,17 @@ platform::Source source(const void* pixels, Vexa32s pitch)
     return {pixels, static_cast<std::size_t>(static_cast<long long>(pitch))};
 }
 
-platform::Target targetAt(const VexaImage& image, VexaPoint2D<int> offset)
+/// A rectangle of an image to write to. `format` tells the size of the pixels that the offset counts.
+platform::Target targetAt(const VexaImage& image, const VexaImage& format, VexaPoint2D<int> offset,
+                          platform::Extent2D extent)
 {
-    return target(pixelAt(image.ptr(), image.pitch(), image, offset.x, offset.y), image.pitch());
+    return target(devicePixel(image, offsetOf(format, image.pitch(), offset), extent), image.pitch());
 }
 
-platform::Source sourceAt(const VexaImage& image, VexaPoint2D<int> offset)
+/// A rectangle of an image to read from.
+platform::Source sourceAt(const VexaImage& image, VexaPoint2D<int> offset, platform::Extent2D extent)
 {
-    return source(pixelAt(image.ptr(), image.pitch(), image, offset.x, offset.y), image.pitch());
+    return source(devicePixel(image, offsetOf(image, image.pitch(), offset), extent), image.pitch());
 }
 
 }  // namespace
@@ -191,7 +209,8 @@ void VexaImage::copyFrom(const VexaImage& other)
 {
     _channelSequence = other._channelSequence;
     _dataBits = other._dataBits;
-    (void)platform::copyOnDevice(target(_data, _pitch), source(other._data, other._pitch), extentOf(other));
+    const platform::Extent2D extent = extentOf(other);
+    (void)platform::copyOnDevice(targetAt(*this, other, {0, 0}, extent), sourceAt(other, {0, 0}, extent), extent);
 }
 
 /// Becomes the owner of a buffer of this shape.
@@ -366,19 +385,19 @@ VexaStatus VexaImage::upload(const void* src, Vexa32s pitch, const VexaStream& s
 VexaStatus VexaImage::upload(const void* src, VexaRect roi, Vexa32s pitch, VexaPoint2D<int> offset)
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
-    const platform::Source from = source(pixelAt(src, pitch, *this, roi.x, roi.y), pitch);
-    return answer(platform::copyToDevice(targetAt(*this, offset), from, extentOf(*this, roi.width, roi.height)),
-                  VEXA_MEMCPY_D2H_ERROR);
+    const platform::Extent2D extent = extentOf(*this, roi.width, roi.height);
+    const platform::Source from = source(hostPixel(src, offsetOf(*this, pitch, roi.origin())), pitch);
+    return answer(platform::copyToDevice(targetAt(*this, *this, offset, extent), from, extent), VEXA_MEMCPY_D2H_ERROR);
 }
 
 VexaStatus VexaImage::upload(const void* src, VexaRect roi, Vexa32s pitch, VexaPoint2D<int> offset,
                              const VexaStream& stream)
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
-    const platform::Source from = source(pixelAt(src, pitch, *this, roi.x, roi.y), pitch);
-    return answer(
-        platform::copyToDevice(targetAt(*this, offset), from, extentOf(*this, roi.width, roi.height), handle(stream)),
-        VEXA_MEMCPY_D2H_ERROR);
+    const platform::Extent2D extent = extentOf(*this, roi.width, roi.height);
+    const platform::Source from = source(hostPixel(src, offsetOf(*this, pitch, roi.origin())), pitch);
+    return answer(platform::copyToDevice(targetAt(*this, *this, offset, extent), from, extent, handle(stream)),
+                  VEXA_MEMCPY_D2H_ERROR);
 }
 
 VexaStatus VexaImage::upload(const void* src)
@@ -411,19 +430,19 @@ VexaStatus VexaImage::download(void* dst, Vexa32s pitch, const VexaStream& strea
 VexaStatus VexaImage::download(void* dst, VexaPoint2D<int> offset, Vexa32s pitch, VexaRect roi) const
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
-    const platform::Target to = target(pixelAt(dst, pitch, *this, offset.x, offset.y), pitch);
-    return answer(platform::copyToHost(to, sourceAt(*this, roi.origin()), extentOf(*this, roi.width, roi.height)),
-                  VEXA_MEMCPY_D2H_ERROR);
+    const platform::Extent2D extent = extentOf(*this, roi.width, roi.height);
+    const platform::Target to = target(hostPixel(dst, offsetOf(*this, pitch, offset)), pitch);
+    return answer(platform::copyToHost(to, sourceAt(*this, roi.origin(), extent), extent), VEXA_MEMCPY_D2H_ERROR);
 }
 
 VexaStatus VexaImage::download(void* dst, VexaPoint2D<int> offset, Vexa32s pitch, VexaRect roi,
                                const VexaStream& stream) const
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
-    const platform::Target to = target(pixelAt(dst, pitch, *this, offset.x, offset.y), pitch);
-    return answer(
-        platform::copyToHost(to, sourceAt(*this, roi.origin()), extentOf(*this, roi.width, roi.height), handle(stream)),
-        VEXA_MEMCPY_D2H_ERROR);
+    const platform::Extent2D extent = extentOf(*this, roi.width, roi.height);
+    const platform::Target to = target(hostPixel(dst, offsetOf(*this, pitch, offset)), pitch);
+    return answer(platform::copyToHost(to, sourceAt(*this, roi.origin(), extent), extent, handle(stream)),
+                  VEXA_MEMCPY_D2H_ERROR);
 }
 
 VexaStatus VexaImage::download(void* dst) const
@@ -443,10 +462,10 @@ VexaStatus VexaImage::copyTo(VexaImage& dst, VexaPoint2D<int> dstOffset, VexaRec
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
     if (!dst._init) (void)dst.create(srcRoi.width, srcRoi.height, _type);
-    // Offsets of both images are counted in this image's pixels; the formats are not compared.
-    const platform::Target to = target(pixelAt(dst._data, dst._pitch, *this, dstOffset.x, dstOffset.y), dst._pitch);
-    return answer(platform::copyOnDevice(to, sourceAt(*this, srcRoi.origin()),
-                                         extentOf(*this, srcRoi.width, srcRoi.height), handle(stream)),
+    // Offsets of both images count this image's pixels; the formats are not compared.
+    const platform::Extent2D extent = extentOf(*this, srcRoi.width, srcRoi.height);
+    return answer(platform::copyOnDevice(targetAt(dst, *this, dstOffset, extent),
+                                         sourceAt(*this, srcRoi.origin(), extent), extent, handle(stream)),
                   VEXA_MEMCPY_D2H_ERROR);
 }
 
@@ -471,7 +490,7 @@ Vexa64f toDouble(const Element& element, Vexa32s depth, bool isSigned)
         case 16:
             return isSigned ? element.s16 : element.u16;
         case 32:
-            return isSigned ? element.s32 : element.f32;
+            return isSigned ? static_cast<Vexa64f>(element.s32) : static_cast<Vexa64f>(element.f32);
         case 64:
             return element.f64;
         default:
@@ -567,25 +586,24 @@ VexaStatus VexaImage::set(Vexa32s x, Vexa32s y, const VexaScalar& values)
 VexaStatus VexaImage::convertTo(VexaImage& dst, VexaType type, Vexa32f scale, Vexa32f offset, const VexaStream& stream)
 {
     if (!_init) return VEXA_IMAGE_NOT_INITIALIZED;
+    if (dst._init && dst._type == type) return vexa::dataExchange::convertScale(*this, dst, scale, offset, stream);
     int depth = 0;
     int channels = 0;
     getParameters(type, depth, channels);
-
-    if (&dst != this) {
-        if (!dst._init || dst._type != type) {
-            if (channels != _channels) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
-            (void)dst.release();
-            (void)dst.create(size(), depth, channels);
-        }
-        return vexa::dataExchange::convertScale(*this, dst, scale, offset, stream);
-    }
-
-    if (type == _type) return vexa::dataExchange::convertScale(*this, *this, scale, offset, stream);
     if (channels != _channels) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
+    if (&dst == this) return convertInPlace(depth, scale, offset, stream);
+    (void)dst.release();
+    (void)dst.create(size(), depth, channels);
+    return vexa::dataExchange::convertScale(*this, dst, scale, offset, stream);
+}
+
+/// Converts a deep copy of this image into itself, made anew with another depth.
+VexaStatus VexaImage::convertInPlace(Vexa32s depth, Vexa32f scale, Vexa32f offset, const VexaStream& stream)
+{
     const VexaImage before(*this);
-    if (!before._init) return VEXA_MEM_ALLOC_ERR;
+    if (!before._init) return VEXA_IMAGE_NOT_INITIALIZED;
     (void)release();
-    (void)create(before.size(), depth, channels);
+    (void)create(before.size(), depth, before._channels);
     _channelSequence = before._channelSequence;
     (void)setDataBits(before._dataBits);
     return vexa::dataExchange::convertScale(before, *this, scale, offset, stream);

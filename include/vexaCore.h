@@ -51,7 +51,7 @@ private:
         long long seconds = 0;
         long long microseconds = 0;
     };
-    static TimeStamp now();
+    VEXA_LOCAL static TimeStamp now();
 
     TimeStamp _start;
     TimeStamp _stop;
@@ -162,7 +162,8 @@ public:
     /// Copies a rectangle of this image to an offset in another, which is created at the size of the rectangle if
     /// empty. The formats are not compared.
     /// @return VEXA_IMAGE_NOT_INITIALIZED, VEXA_MEMCPY_D2H_ERROR
-    VexaStatus copyTo(VexaImage& dst, VexaPoint2D<int> dstOffset, VexaRect srcRoi, const VexaStream& stream) const;
+    VexaStatus copyTo(VexaImage& dst, VexaPoint2D<int> dstOffset, VexaRect srcRoi,
+                      const VexaStream& stream = VexaStream(false)) const;
 
     /// One element as a double, 0.0 outside the image. Blocks; meant for inspection, as all single-pixel calls.
     Vexa64f get(Vexa32s x, Vexa32s y, Vexa32s channel) const;
@@ -194,9 +195,10 @@ public:
     VexaStatus show(const std::string& name, Vexa32s wait) const;
 
 private:
-    void clear();
-    void adopt(void* data, Vexa32s width, Vexa32s height, Vexa32s pitch, Vexa32s depth, Vexa32s channels);
-    void copyFrom(const VexaImage& other);
+    VEXA_LOCAL void clear();
+    VEXA_LOCAL void adopt(void* data, Vexa32s width, Vexa32s height, Vexa32s pitch, Vexa32s depth, Vexa32s channels);
+    VEXA_LOCAL void copyFrom(const VexaImage& other);
+    VEXA_LOCAL VexaStatus convertInPlace(Vexa32s depth, Vexa32f scale, Vexa32f offset, const VexaStream& stream);
 
     bool _init;
     bool _signed;

@@ -6,8 +6,10 @@
 
 #if defined(__GNUC__)
 #define VEXA_API __attribute__((visibility("default")))
+#define VEXA_LOCAL __attribute__((visibility("hidden")))
 #else
 #define VEXA_API
+#define VEXA_LOCAL
 #endif
 
 using Vexa8u = unsigned char;

@@ -31,8 +31,8 @@ void releasePinned(void* block);
 /// @}
 
 /// @name Copies
-/// Those without a stream block. A row must fit both pitches, and what lies on the device must stay inside its
-/// allocation, or the copy is refused.
+/// Those without a stream block. A row must fit both pitches. The host platform refuses a copy that would leave an
+/// allocation; a GPU's runtime sees that only roughly, so callers that know how far a block goes say so by a null.
 /// @{
 
 /// Bytes of a rectangle: the start of its first row and the distance from one row to the next.

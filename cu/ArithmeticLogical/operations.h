@@ -40,7 +40,7 @@ VEXA_DEVICE float combine(float a, float b)
 /// where it does not saturate, exact in float.
 template <int op, typename A, typename B, typename D>
 inline constexpr bool isExactInIntegers =
-    op != operation::divide&& std::is_integral_v<A>&& std::is_integral_v<B>&& std::is_integral_v<D>;
+    op != operation::divide&& std::conjunction_v<std::is_integral<A>, std::is_integral<B>, std::is_integral<D>>;
 
 /// a op b saturated to the whole range of an unsigned type, without leaving its width where that is possible: bytes
 /// then fill vector registers, which makes 8-bit add three times as fast as by way of float.

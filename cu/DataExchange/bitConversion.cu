@@ -3,6 +3,7 @@
 /// of equal types have one pitch for both images.
 
 #include <algorithm>
+#include <cmath>
 
 #include "arguments.h"
 #include "arithmetic.h"
@@ -13,8 +14,7 @@ using namespace vexa;
 
 namespace {
 
-/// The value function: rescales and truncates. The largest source value, and what is above it, becomes the largest
-/// destination value as such, since the product can round to just below it: white stays white.
+/// The value function: clamps to the largest source value, rescales and truncates.
 template <typename S, typename D>
 struct Rescale {
     float scale;
@@ -24,16 +24,14 @@ struct Rescale {
     VEXA_DEVICE D operator()(S element) const
     {
         const auto value = static_cast<float>(element);
-        return saturate<D>(value < from_max ? value * scale : to.highest, to);
+        return saturate<D>((value > from_max ? from_max : value) * scale, to);
     }
 };
 
 template <typename S, typename D>
 VEXA_DEVICE Rescale<S, D> rescale(float scale, Vexa32u from_max, Vexa32u to_max)
 {
-    // Without data bits there is no range to rescale, and everything is 0.
-    const Vexa32u top = from_max > 0 ? to_max : 0;
-    return {scale, static_cast<float>(from_max), {0.0F, static_cast<float>(top)}};
+    return {scale, static_cast<float>(from_max), {0.0F, static_cast<float>(to_max)}};
 }
 
 }  // namespace
@@ -79,7 +77,11 @@ Ranges ranges(Vexa8u from, Vexa8u to)
 {
     const Vexa32u from_max = (1U << from) - 1;
     const Vexa32u to_max = (1U << to) - 1;
-    return {from_max, to_max, static_cast<float>(to_max) / static_cast<float>(from_max)};
+    float scale = static_cast<float>(to_max) / static_cast<float>(from_max);
+    // Where rounding would leave the largest value just below its place, the next factor up puts it there: white stays
+    // white, as from 8 to 10 bits, where 255 times the rounded quotient is 1022.9999.
+    if (static_cast<float>(from_max) * scale < static_cast<float>(to_max)) scale = std::nextafterf(scale, 2 * scale);
+    return {from_max, to_max, scale};
 }
 
 [[nodiscard]] VexaStatus bitsWithin(Vexa8u from, int fromDepth, Vexa8u to, int toDepth)
@@ -137,6 +139,11 @@ VexaStatus vexa_bitConversion_16u_8u(Vexa16u* pSrc, Vexa8u* pDst, Vexa32s srcWid
 
 namespace {
 
+bool hasWorker(const VexaImage& image)
+{
+    return image.depth() == 8 || image.depth() == 16;
+}
+
 /// What both images hold, as elements of a row and rows. Equal depths address the destination by the source's pitch.
 struct CommonExtent {
     int elements;
@@ -158,6 +165,7 @@ namespace vexa::dataExchange {
 VexaStatus bitConversion(const VexaImage& src, const VexaImage& dst, const VexaStream& stream)
 {
     if (const VexaStatus failed = initialized(src, dst)) return failed;
+    if (!hasWorker(src) || !hasWorker(dst)) return VEXA_DEPTH_NOT_SUPPORTED_ERROR;
     const auto from = static_cast<Vexa8u>(src.dataBits());
     const auto to = static_cast<Vexa8u>(dst.dataBits());
     const CommonExtent extent = commonExtent(src, dst);
@@ -172,10 +180,8 @@ VexaStatus bitConversion(const VexaImage& src, const VexaImage& dst, const VexaS
     if (src.depth() == 16 && dst.depth() == 8)
         return vexa_bitConversion_16u_8u(src.ptr<u16>(), dst.ptr<u8>(), extent.elements, src.pitch(), extent.rows,
                                          elementwise, dst.pitch(), from, to, handle(stream));
-    if (src.depth() == 16 && dst.depth() == 16)
-        return vexa_bitConversion_16u(src.ptr<u16>(), dst.ptr<u16>(), extent.elements, src.pitch(), extent.rows,
-                                      elementwise, from, to, handle(stream));
-    return VEXA_DEPTH_NOT_SUPPORTED_ERROR;
+    return vexa_bitConversion_16u(src.ptr<u16>(), dst.ptr<u16>(), extent.elements, src.pitch(), extent.rows,
+                                  elementwise, from, to, handle(stream));
 }
 
 }  // namespace vexa::dataExchange

@@ -24,7 +24,7 @@ int pitchOf(const VexaImage& image)
     return image.pitch() / static_cast<int>(sizeof(T));
 }
 
-/// Elements of a row.
+/// Elements of a row, of an image whose elements have at least a byte.
 inline int elementsOf(const VexaImage& image)
 {
     return image.width() * image.channels();

@@ -13,17 +13,14 @@ namespace vexa {
 
 /// The element types of the images of one supported combination.
 template <typename... T>
-struct Row {
-};
+struct Row {};
 
 template <typename... Rows>
-struct Table {
-};
+struct Table {};
 
 /// The channel counts that each row exists for; all images have the same.
 template <int... C>
-struct Channels {
-};
+struct Channels {};
 
 template <int C>
 using ChannelCount = std::integral_constant<int, C>;

@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -33,17 +34,14 @@ inline constexpr int blockSide = 16;
 
 /// Elements that one thread of mapElements handles at a time: 16 bytes of the widest type.
 template <typename... T>
-inline constexpr int elementsPerThread = 16 / static_cast<int>([] {
-                                             std::size_t widest = 0;
-                                             ((widest = sizeof(T) > widest ? sizeof(T) : widest), ...);
-                                             return widest;
-                                         }());
+inline constexpr int elementsPerThread = 16 / static_cast<int>(std::max({sizeof(T)...}));
 
 /// The extent of a mapElements kernel over C-channel pixels of elements T.
 template <int C, typename... T>
 constexpr Extent elementExtent(int width, int height)
 {
-    return {static_cast<int>((static_cast<long long>(width) * C - 1) / elementsPerThread<T...> + 1), height};
+    const int perThread = elementsPerThread<T...>;
+    return {static_cast<int>((static_cast<long long>(width) * C + perThread - 1) / perThread), height};
 }
 
 namespace detail {

@@ -35,24 +35,31 @@ void launch(void (*kernel)(P...), Extent extent, cudaStream_t stream, A... argum
 
 namespace detail {
 
-VEXA_DEVICE int firstColumn()
+// Unsigned, as a position may pass the largest int by one stride before it is compared.
+
+VEXA_DEVICE unsigned firstColumn()
 {
-    return static_cast<int>(blockIdx.x * blockDim.x + threadIdx.x);
+    return blockIdx.x * blockDim.x + threadIdx.x;
 }
 
-VEXA_DEVICE int columnStride()
+VEXA_DEVICE unsigned columnStride()
 {
-    return static_cast<int>(gridDim.x * blockDim.x);
+    return gridDim.x * blockDim.x;
 }
 
-VEXA_DEVICE int firstRow()
+VEXA_DEVICE unsigned firstRow()
 {
-    return static_cast<int>(blockIdx.y * blockDim.y + threadIdx.y);
+    return blockIdx.y * blockDim.y + threadIdx.y;
 }
 
-VEXA_DEVICE int rowStride()
+VEXA_DEVICE unsigned rowStride()
 {
-    return static_cast<int>(gridDim.y * blockDim.y);
+    return gridDim.y * blockDim.y;
+}
+
+VEXA_DEVICE unsigned atLeastZero(int size)
+{
+    return size < 0 ? 0U : static_cast<unsigned>(size);
 }
 
 /// V elements that move as one word.
@@ -85,13 +92,13 @@ VEXA_DEVICE void mapPacks(D* to, const Op& op, Pack<S, V>... from)
 }
 
 template <int V, typename D, typename Op, typename... S>
-VEXA_DEVICE void mapRun(bool aligned, int count, D* to, const Op& op, const S*... from)
+VEXA_DEVICE void mapRun(bool aligned, unsigned count, D* to, const Op& op, const S*... from)
 {
     if (aligned && count >= V) {
         mapPacks<V>(to, op, loadPack<V>(from)...);
         return;
     }
-    for (int i = 0; i < V && i < count; ++i) to[i] = op(from[i]...);
+    for (unsigned i = 0; i < V && i < count; ++i) to[i] = op(from[i]...);
 }
 
 }  // namespace detail
@@ -100,8 +107,9 @@ VEXA_DEVICE void mapRun(bool aligned, int count, D* to, const Op& op, const S*..
 template <typename Rule>
 VEXA_DEVICE void forEachPixel(int width, int height, const Rule& rule)
 {
-    for (int y = detail::firstRow(); y < height; y += detail::rowStride())
-        for (int x = detail::firstColumn(); x < width; x += detail::columnStride()) rule(x, y);
+    for (unsigned y = detail::firstRow(); y < detail::atLeastZero(height); y += detail::rowStride())
+        for (unsigned x = detail::firstColumn(); x < detail::atLeastZero(width); x += detail::columnStride())
+            rule(static_cast<int>(x), static_cast<int>(y));
 }
 
 /// dst = op(src...) for every element of C-channel pixels, 16 bytes of the widest type a thread.
@@ -110,10 +118,12 @@ VEXA_DEVICE void mapElements(int width, int height, Plane<D> dst, const Op& op, 
 {
     constexpr int V = elementsPerThread<D, S...>;
     const bool aligned = detail::isAligned<V>(dst) && (detail::isAligned<V>(src) && ...);
-    const int elements = width * C;
-    for (int y = detail::firstRow(); y < height; y += detail::rowStride())
-        for (int x = V * detail::firstColumn(); x < elements; x += V * detail::columnStride())
-            detail::mapRun<V>(aligned, elements - x, dst.row(y) + x, op, (src.row(y) + x)...);
+    const unsigned elements = detail::atLeastZero(width) * C;
+    for (unsigned y = detail::firstRow(); y < detail::atLeastZero(height); y += detail::rowStride()) {
+        const int line = static_cast<int>(y);
+        for (unsigned x = V * detail::firstColumn(); x < elements; x += V * detail::columnStride())
+            detail::mapRun<V>(aligned, elements - x, dst.row(line) + x, op, (src.row(line) + x)...);
+    }
 }
 
 /// One block of threads that share memory.

@@ -44,6 +44,12 @@ public:
         return offset <= block->second && bytes <= block->second - offset;
     }
 
+    std::size_t count()
+    {
+        const std::lock_guard lock(_mutex);
+        return _sizes.size();
+    }
+
 private:
     static std::uintptr_t address(const void* pointer) { return reinterpret_cast<std::uintptr_t>(pointer); }
 
@@ -70,6 +76,11 @@ bool roundUp(std::size_t& value, std::size_t step)
 bool isInsideAllocation(const void* first, std::size_t bytes)
 {
     return allocations().contain(first, bytes);
+}
+
+std::size_t liveAllocations()
+{
+    return allocations().count();
 }
 
 VexaStatus allocate(void*& block, std::size_t bytes)

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <tuple>
+
 #include "images.h"
 
 namespace kit {
@@ -83,19 +85,19 @@ inline std::vector<u8> bufferOf(const VexaImage& image)
     return bytes;
 }
 
-/// What an empty image answers; its type is that of a fresh one or of the one it has released.
-inline void expectEmpty(const VexaImage& image, VexaType type = VEXA_NO_TYPE)
+/// All that an image tells of itself.
+using Fields = std::tuple<bool, bool, void*, int, int, int, int, int, int, VexaChannelSeq, VexaType>;
+inline Fields fieldsOf(const VexaImage& image)
 {
-    EXPECT_FALSE(image.isInitialized());
-    EXPECT_EQ(image.ptr(), nullptr);
-    EXPECT_EQ(image.width(), 0);
-    EXPECT_EQ(image.height(), 0);
-    EXPECT_EQ(image.pitch(), 0);
-    EXPECT_EQ(image.depth(), 0);
-    EXPECT_EQ(image.channels(), 0);
-    EXPECT_EQ(image.dataBits(), 0);
-    EXPECT_EQ(image.channelSeq(), VEXA_CHANNEL_SEQ_NONE);
-    EXPECT_EQ(image.type(), type);
+    return {image.isInitialized(), image.isSigned(),   image.ptr(),   image.width(),
+            image.height(),        image.pitch(),      image.depth(), image.channels(),
+            image.dataBits(),      image.channelSeq(), image.type()};
+}
+
+/// The type and sign are those of a fresh image or of the one that has been released.
+inline void expectEmpty(const VexaImage& image, VexaType type = VEXA_NO_TYPE, bool isSigned = false)
+{
+    EXPECT_EQ(fieldsOf(image), Fields(false, isSigned, nullptr, 0, 0, 0, 0, 0, 0, VEXA_CHANNEL_SEQ_NONE, type));
 }
 
 }  // namespace kit
