@@ -1,6 +1,5 @@
 /// @file
-/// Formats, status texts, value records and VexaScalar. Compiled so that the stores of destructors stay: the records
-/// clear themselves when they die, which a compiler would otherwise drop as dead.
+/// Formats, status texts, value records and VexaScalar.
 
 #include "vexaDefs.h"
 
@@ -9,14 +8,25 @@
 
 #include "platform.h"
 
+namespace {
+
+/// Clears a field of an object that is about to die. A plain store would be dropped, as nothing may read it.
+template <typename T>
+void clear(T& field)
+{
+    static_cast<volatile T&>(field) = T();
+}
+
+}  // namespace
+
 VexaSize::VexaSize() : width(0), height(0) {}
 
 VexaSize::VexaSize(Vexa32s width, Vexa32s height) : width(width), height(height) {}
 
 VexaSize::~VexaSize()
 {
-    width = 0;
-    height = 0;
+    clear(width);
+    clear(height);
 }
 
 template <typename T>
@@ -30,8 +40,8 @@ VexaPoint2D<T>::VexaPoint2D(T x, T y) : x(x), y(y)
 template <typename T>
 VexaPoint2D<T>::~VexaPoint2D()
 {
-    x = 0;
-    y = 0;
+    clear(x);
+    clear(y);
 }
 
 template struct VexaPoint2D<int>;
@@ -106,7 +116,7 @@ VexaScalar::VexaScalar(const VexaScalar& other)
 VexaScalar::~VexaScalar()
 {
     vexa::platform::releasePinned(_vals);
-    _vals = nullptr;
+    clear(_vals);
 }
 
 bool VexaScalar::isInteger() const

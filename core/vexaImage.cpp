@@ -546,8 +546,8 @@ bool contains(const VexaImage& image, Vexa32s x, Vexa32s y, Vexa32s channel)
 
 char* elementAt(const VexaImage& image, Vexa32s x, Vexa32s y, Vexa32s channel)
 {
-    return static_cast<char*>(image.ptr()) + static_cast<long long>(y) * image.pitch() +
-           pixelBytes(x, image.depth(), image.channels()) + channel * (image.depth() / 8);
+    const long long bytes = offsetOf(image, image.pitch(), {x, y}) + pixelBytes(channel, image.depth(), 1);
+    return static_cast<char*>(image.ptr()) + bytes;
 }
 
 }  // namespace

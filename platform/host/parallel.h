@@ -19,7 +19,7 @@ void runRanges(std::size_t count, std::size_t grain, RangeTask task, const void*
 template <typename Body>
 void parallelRanges(std::size_t count, std::size_t bytesPerItem, const Body& body)
 {
-    constexpr std::size_t bytesPerTask = 128 * 1024;
+    constexpr std::size_t bytesPerTask = 1 << 17;
     const RangeTask task = [](const void* erased, std::size_t begin, std::size_t end) {
         (*static_cast<const Body*>(erased))(begin, end);
     };

@@ -1,0 +1,260 @@
+/// @file
+/// Device arithmetic and the formulas of the arithmetic operations, evaluated by a kernel and compared with plain
+/// arithmetic in double.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <type_traits>
+#include <vector>
+
+#include "arithmetic.h"
+#include "device_array.h"
+#include "kernels.h"
+#include "operations.h"
+
+using namespace vexa;
+
+struct Fused {
+    VEXA_DEVICE float operator()(float a, float b, float c) const { return multiplyAdd(a, b, c); }
+};
+
+struct Unfused {
+    VEXA_DEVICE float operator()(float a, float b, float c) const { return a * b + c; }
+};
+
+struct Reciprocal {
+    VEXA_DEVICE float operator()(float x) const { return reciprocal(x); }
+};
+
+template <typename T, bool saturates>
+struct Store {
+    Range range;
+    VEXA_DEVICE T operator()(float value) const { return store<T, saturates>(value, range); }
+};
+
+template <typename Function, typename D, typename... S>
+VEXA_KERNEL test_evaluate(Function function, D* results, int count, S*... arguments)
+{
+    forEachPixel(count, 1, [=](int i, int) { results[i] = function(arguments[i]...); });
+}
+
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+
+/// The function on the device at the arguments.
+template <typename D, typename Function, typename... S>
+std::vector<D> evaluate(const Function& function, const std::vector<S>&... arguments)
+{
+    const std::size_t count = std::min({arguments.size()...});
+    const DeviceArray<D> results(count, D());
+    const auto run = [&](const DeviceArray<S>&... onDevice) {
+        launch(test_evaluate<Function, D, S...>, {static_cast<int>(count), 1}, nullptr, function, results.ptr(),
+               static_cast<int>(count), onDevice.ptr()...);
+    };
+    run(DeviceArray<S>(arguments)...);
+    return results.download();
+}
+
+TEST(MultiplyAdd, RoundsOnceAndNothingElseIsFused)
+{
+    const float step = std::ldexp(1.0F, -12);
+    const std::vector<float> a = {1 + step, 1 + step, 3, infinity, 0};
+    const std::vector<float> c = {-(1 + 2 * step), -1, -9, 1, -2};
+    const std::vector<float> fused = evaluate<float>(Fused{}, a, a, c);
+    EXPECT_EQ(fused, (std::vector<float>{step * step, 2 * step + step * step, 0, infinity, -2}));
+    const std::vector<float> unfused = evaluate<float>(Unfused{}, a, a, c);
+    EXPECT_EQ(unfused, (std::vector<float>{0, 2 * step, 0, infinity, -2}));
+}
+
+TEST(MultiplyAdd, FlushesDenormalsForKernelsAndNotForCallers)
+{
+    const std::vector<float> a = {1e-40F, 1e-20F, 1e-40F, -1e-20F};
+    const std::vector<float> b = {1e20F, 1e-20F, 1, 1e-19F};
+    const std::vector<float> result = evaluate<float>(Fused{}, a, b, std::vector<float>(4, 0.0F));
+    EXPECT_EQ(result, (std::vector<float>{0, 0, 0, 0}));
+    volatile float tiny = 1e-40F;
+    EXPECT_GT(tiny * 1e20F, 0);
+}
+
+TEST(Reciprocal, IsWithinAnUlpAndKeepsTheSignsOfZeroAndInfinity)
+{
+    const std::vector<float> special =
+        evaluate<float>(Reciprocal{}, std::vector<float>{0, -0.0F, infinity, -infinity, nan, 1, 1e-40F});
+    EXPECT_EQ(special[0], infinity);
+    EXPECT_EQ(special[1], -infinity);
+    EXPECT_TRUE(special[2] == 0 && !std::signbit(special[2]));
+    EXPECT_TRUE(special[3] == 0 && std::signbit(special[3]));
+    EXPECT_TRUE(std::isnan(special[4]));
+    EXPECT_EQ(special[5], 1);
+    EXPECT_EQ(special[6], infinity) << "a denormal counts as 0";
+
+    std::vector<float> sample;
+    for (int exponent = -125; exponent <= 124; ++exponent)
+        for (int i = 0; i < 128; ++i)
+            sample.push_back(std::ldexp(
+                static_cast<float>(i % 2 == 0 ? 1 : -1) * (1 + static_cast<float>(i * i) / 16384), exponent));
+    const std::vector<float> result = evaluate<float>(Reciprocal{}, sample);
+    for (std::size_t i = 0; i < sample.size(); ++i) {
+        const double exact = 1.0 / static_cast<double>(sample[i]);
+        const float rounded = std::abs(static_cast<float>(exact));
+        const double ulp = static_cast<double>(std::nextafter(rounded, infinity)) - static_cast<double>(rounded);
+        ASSERT_NEAR(static_cast<double>(result[i]), exact, ulp) << "1 / " << sample[i];
+    }
+}
+
+TEST(Store, SaturatesAndTruncates)
+{
+    struct Case {
+        float value;
+        int byte, narrow, word;  ///< saturated to 0 to 255, 1 to 250 and 0 to 65535
+    };
+    const Case cases[] = {{nan, 0, 1, 0},
+                          {infinity, 255, 250, 65535},
+                          {-infinity, 0, 1, 0},
+                          {1e30F, 255, 250, 65535},
+                          {-1e30F, 0, 1, 0},
+                          {-0.9F, 0, 1, 0},
+                          {-0.0F, 0, 1, 0},
+                          {0.99F, 0, 1, 0},
+                          {2.9F, 2, 2, 2},
+                          {249.9F, 249, 249, 249},
+                          {254.99F, 254, 250, 254},
+                          {255.5F, 255, 250, 255},
+                          {256, 255, 250, 256},
+                          {65534.9F, 255, 250, 65534},
+                          {65535.5F, 255, 250, 65535},
+                          {4294967296.0F, 255, 250, 65535}};
+    std::vector<float> values;
+    for (const Case& row : cases) values.push_back(row.value);
+    const std::vector<u8> bytes = evaluate<u8>(Store<u8, true>{{0, 255}}, values);
+    const std::vector<u8> narrow = evaluate<u8>(Store<u8, true>{{1, 250}}, values);
+    const std::vector<u16> words = evaluate<u16>(Store<u16, true>{{0, 65535}}, values);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(bytes[i], cases[i].byte) << values[i];
+        EXPECT_EQ(narrow[i], cases[i].narrow) << values[i];
+        EXPECT_EQ(words[i], cases[i].word) << values[i];
+    }
+}
+
+TEST(Store, LeavesValuesAloneWithoutSaturation)
+{
+    const std::vector<float> values = {infinity, -infinity, -1e30F, 2.9F, 300};
+    EXPECT_EQ(evaluate<float>(Store<float, false>{{0, 0}}, values), values);
+    EXPECT_TRUE(std::isnan(evaluate<float>(Store<float, false>{{0, 0}}, std::vector<float>{nan})[0]));
+    EXPECT_EQ(evaluate<u8>(Store<u8, false>{{0, 1}}, std::vector<float>{2.9F, 200}), (std::vector<u8>{2, 200}));
+}
+
+double combined(int op, double a, double b)
+{
+    switch (op) {
+        case operation::add:
+            return a + b;
+        case operation::subtract:
+            return a - b;
+        case operation::multiply:
+            return a * b;
+        default:
+            return std::abs(a - b);
+    }
+}
+
+template <typename D, int op, typename A, typename B>
+void expectExact(const std::vector<A>& a, const std::vector<B>& b)
+{
+    constexpr bool isInteger = std::is_integral_v<D>;
+    const double highest = static_cast<double>(Element<D>::max);
+    const Range range{0, static_cast<float>(Element<D>::max)};
+    const std::vector<D> result = evaluate<D>(Combine<D, op, isInteger>{range}, a, b);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const double exact = combined(op, static_cast<double>(a[i]), static_cast<double>(b[i]));
+        const D expected = static_cast<D>(isInteger ? std::clamp(exact, 0.0, highest) : exact);
+        ASSERT_EQ(result[i], expected) << int{a[i]} << ", " << int{b[i]} << " by operation " << op;
+    }
+}
+
+template <typename D, typename A, typename B>
+void expectExactOperations(const std::vector<A>& a, const std::vector<B>& b)
+{
+    expectExact<D, operation::add>(a, b);
+    expectExact<D, operation::subtract>(a, b);
+    expectExact<D, operation::multiply>(a, b);
+    expectExact<D, operation::absDiff>(a, b);
+}
+
+/// Each value of A with each of these, in two columns.
+template <typename A, typename B>
+void pairAll(const std::vector<B>& others, std::vector<A>& a, std::vector<B>& b)
+{
+    for (int value = 0; value <= Element<A>::max; ++value)
+        for (const B other : others) {
+            a.push_back(static_cast<A>(value));
+            b.push_back(other);
+        }
+}
+
+std::vector<u8> allBytes()
+{
+    std::vector<u8> bytes;
+    for (int value = 0; value < 256; ++value) bytes.push_back(static_cast<u8>(value));
+    return bytes;
+}
+
+const std::vector<u16> wordsAtEdges = {0,   1,    2,     3,     127,   128,   255,   256,
+                                       257, 4097, 32767, 32768, 32769, 65279, 65534, 65535};
+
+TEST(Combine, IsExactForAllPairsOfBytes)
+{
+    std::vector<u8> a;
+    std::vector<u8> b;
+    pairAll(allBytes(), a, b);
+    expectExactOperations<u8>(a, b);
+    expectExactOperations<u16>(a, b);
+    expectExactOperations<f32>(a, b);
+}
+
+TEST(Combine, IsExactForWords)
+{
+    std::vector<u16> a;
+    std::vector<u16> b;
+    pairAll(wordsAtEdges, a, b);
+    expectExactOperations<u16>(a, b);
+    expectExactOperations<u16>(b, a);
+    expectExactOperations<f32>(a, b);
+}
+
+TEST(Combine, IsExactForWordsWithBytes)
+{
+    std::vector<u16> words;
+    std::vector<u8> bytes;
+    pairAll(std::vector<u8>{0, 1, 2, 127, 128, 254, 255}, words, bytes);
+    for (const u8 value : allBytes())
+        for (const u16 word : wordsAtEdges) {
+            words.push_back(word);
+            bytes.push_back(value);
+        }
+    expectExactOperations<u16>(words, bytes);
+    expectExactOperations<u16>(bytes, words);
+    expectExactOperations<f32>(bytes, words);
+}
+
+/// Division goes by the reciprocal: a whole quotient may come out one less, any other is exact.
+TEST(Combine, DividesBytes)
+{
+    std::vector<u8> a;
+    std::vector<u8> b;
+    pairAll(allBytes(), a, b);
+    const std::vector<u8> result = evaluate<u8>(Combine<u8, operation::divide, true>{{0, 255}}, a, b);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const int highest = b[i] != 0 ? a[i] / b[i] : (a[i] != 0 ? 255 : 0);
+        const int lowest = b[i] > 1 && a[i] > 0 && a[i] % b[i] == 0 ? highest - 1 : highest;
+        ASSERT_TRUE(result[i] >= lowest && result[i] <= highest)
+            << int{a[i]} << " / " << int{b[i]} << " gave " << int{result[i]};
+    }
+}
+
+}  // namespace

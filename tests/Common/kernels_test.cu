@@ -1,0 +1,205 @@
+/// @file
+/// The shapes of kernels, by way of small kernels: what they visit, what they leave alone, and how launches treat
+/// shapes without pixels and images without memory.
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <vector>
+
+#include "device_array.h"
+#include "kernels.h"
+
+using namespace vexa;
+
+VEXA_KERNEL test_visit(int* visits, int width, int height, int pitch)
+{
+    forEachPixel(width, height, [=](int x, int y) { visits[y * pitch + x] += 1; });
+}
+
+template <int C, typename A, typename B, typename D>
+VEXA_KERNEL test_mix(A* a, B* b, D* dst, int width, int height, int pitchA, int pitchB, int pitchD)
+{
+    mapElements<C>(
+        width, height, Plane<D>{dst, pitchD}, [](A first, B second) { return static_cast<D>(2 * first + second); },
+        Plane<A>{a, pitchA}, Plane<B>{b, pitchB});
+}
+
+struct PartialSums {
+    int of[blockSide * blockSide];
+};
+
+/// The sum of each block's pixels, halving the number of partial sums from phase to phase.
+VEXA_KERNEL test_blockSum(const int* src, int* sums, int width, int height, int pitch)
+{
+    forEachBlock<PartialSums>(width, height, [=](const Block<PartialSums>& block) {
+        block.phase([&](int threadX, int threadY) {
+            const int x = block.x * blockSide + threadX;
+            const int y = block.y * blockSide + threadY;
+            block.shared.of[threadY * blockSide + threadX] = x < width && y < height ? src[y * pitch + x] : 0;
+        });
+        for (int half = blockSide * blockSide / 2; half > 0; half /= 2)
+            block.phase([&](int threadX, int threadY) {
+                const int thread = threadY * blockSide + threadX;
+                if (thread < half) block.shared.of[thread] += block.shared.of[thread + half];
+            });
+        block.phase([&](int threadX, int threadY) {
+            const int columns = (width + blockSide - 1) / blockSide;
+            if (threadX == 0 && threadY == 0) sums[block.y * columns + block.x] = block.shared.of[0];
+        });
+    });
+}
+
+namespace {
+
+/// The edge sizes, and one that takes all cores.
+std::vector<VexaSize> sizes()
+{
+    std::vector<VexaSize> all = kit::edgeSizes();
+    all.emplace_back(2049, 1537);
+    return all;
+}
+
+/// Launches that cover the image, and one that leaves most of it to the stride.
+std::vector<Extent> extents(VexaSize size)
+{
+    return {{size.width, size.height}, {1, 1}, {17, 40}};
+}
+
+constexpr int untouched = 1000;
+
+TEST(ForEachPixel, VisitsEveryPixelOnce)
+{
+    for (const VexaSize& size : sizes())
+        for (const Extent& extent : extents(size)) {
+            SCOPED_TRACE(testing::Message() << size.width << "x" << size.height << " by " << extent.width);
+            const Layout layout{size.width, size.height, 5, 3};
+            const DeviceArray<int> visits(layout.count(), untouched);
+            launch(test_visit, extent, nullptr, visits.ptr() + layout.shift, size.width, size.height, layout.pitch());
+            const std::vector<int> result = visits.download();
+            int x = 0;
+            int y = 0;
+            for (std::size_t i = 0; i < result.size(); ++i)
+                ASSERT_EQ(result[i], layout.contains(i, x, y) ? untouched + 1 : untouched) << "at " << i;
+        }
+}
+
+/// dst = 2 * a + b on rows of their own pitches, with everything around the rows kept. With a shift rows start off the
+/// alignment of 16 elements, with a skew they don't return to it.
+template <int C, typename A, typename B, typename D>
+void expectMix(VexaSize size, Extent extent, int shift, int skew)
+{
+    SCOPED_TRACE(testing::Message() << size.width << "x" << size.height << " shift " << shift << " skew " << skew);
+    const int width = C * size.width;
+    const int toAlignment = (width + 15) / 16 * 16 - width;
+    const Layout a{width, size.height, shift, toAlignment + 2 * skew};
+    const Layout b{width, size.height, 2 * shift, toAlignment};
+    const Layout dst{width, size.height, shift, toAlignment + 16 + skew};
+    const auto valueA = [](int x, int y) { return static_cast<A>(x % 90 + y % 8); };
+    const auto valueB = [](int x, int y) { return static_cast<B>(x % 16 + 3 * (y % 11)); };
+    int x = 0;
+    int y = 0;
+    std::vector<A> elementsA(a.count(), A(200));
+    for (std::size_t i = 0; i < elementsA.size(); ++i)
+        if (a.contains(i, x, y)) elementsA[i] = valueA(x, y);
+    std::vector<B> elementsB(b.count(), B(201));
+    for (std::size_t i = 0; i < elementsB.size(); ++i)
+        if (b.contains(i, x, y)) elementsB[i] = valueB(x, y);
+
+    const DeviceArray<A> deviceA(elementsA);
+    const DeviceArray<B> deviceB(elementsB);
+    const DeviceArray<D> deviceDst(dst.count(), D(255));
+    launch(test_mix<C, A, B, D>, extent, nullptr, deviceA.ptr() + a.shift, deviceB.ptr() + b.shift,
+           deviceDst.ptr() + dst.shift, size.width, size.height, a.pitch(), b.pitch(), dst.pitch());
+    const std::vector<D> result = deviceDst.download();
+    for (std::size_t i = 0; i < result.size(); ++i)
+        ASSERT_EQ(result[i], dst.contains(i, x, y) ? D(2 * valueA(x, y) + valueB(x, y)) : D(255)) << "at " << i;
+}
+
+template <int C, typename A, typename B, typename D>
+void expectMixes()
+{
+    for (const VexaSize& size : sizes()) {
+        const Extent extent = elementExtent<C, A, B, D>(size.width, size.height);
+        expectMix<C, A, B, D>(size, extent, 16, 0);
+        expectMix<C, A, B, D>(size, {1, 1}, 0, 0);
+        if (size.width > 1000) continue;
+        expectMix<C, A, B, D>(size, extent, 1, 0);
+        expectMix<C, A, B, D>(size, extent, 0, 1);
+    }
+}
+
+TEST(MapElements, MapsEveryElementWhateverAlignmentPitchAndSize)
+{
+    expectMixes<1, u8, u8, u8>();
+    expectMixes<3, u8, u16, f32>();
+    expectMixes<3, f32, u8, u8>();
+    expectMixes<4, u16, u16, u16>();
+}
+
+TEST(MapElements, RunsInPlace)
+{
+    constexpr int width = 67;
+    constexpr int height = 5;
+    std::vector<u16> elements(static_cast<std::size_t>(width * height));
+    for (std::size_t i = 0; i < elements.size(); ++i) elements[i] = static_cast<u16>(i);
+    const DeviceArray<u16> rows(elements);
+    launch(test_mix<1, u16, u16, u16>, elementExtent<1, u16>(width, height), nullptr, rows.ptr(), rows.ptr(),
+           rows.ptr(), width, height, width, width, width);
+    const std::vector<u16> result = rows.download();
+    for (std::size_t i = 0; i < result.size(); ++i) ASSERT_EQ(result[i], 3 * i);
+}
+
+TEST(ForEachBlock, SharesMemoryAcrossPhases)
+{
+    for (const VexaSize& size : sizes()) {
+        const int columns = (size.width + 15) / 16;
+        const int rows = (size.height + 15) / 16;
+        const Layout layout{size.width, size.height, 0, 2};
+        std::vector<int> elements(layout.count(), 1 << 20);
+        std::vector<int> expected(static_cast<std::size_t>(columns * rows));
+        int x = 0;
+        int y = 0;
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            if (!layout.contains(i, x, y)) continue;
+            elements[i] = (31 * x + 17 * y) % 1009;
+            expected[static_cast<std::size_t>(y / 16 * columns + x / 16)] += elements[i];
+        }
+        const DeviceArray<int> src(elements);
+        for (const Extent& extent : extents(size)) {
+            SCOPED_TRACE(testing::Message() << size.width << "x" << size.height << " by " << extent.width);
+            const DeviceArray<int> sums(expected.size(), -1);
+            launch(test_blockSum, extent, nullptr, src.ptr(), sums.ptr(), size.width, size.height, layout.pitch());
+            EXPECT_EQ(sums.download(), expected);
+        }
+    }
+}
+
+TEST(Launch, ShapesWithoutPixelsDoNothing)
+{
+    const DeviceArray<int> visits(64, untouched);
+    const DeviceArray<u8> bytes(64, 7);
+    const std::vector<VexaSize> empty = {{0, 5}, {5, 0}, {0, 0}, {-1, 5}, {5, -1}, {-300, -300}, {INT_MIN / 4, 5}};
+    for (const VexaSize& size : empty) {
+        launch(test_visit, {1, 1}, nullptr, visits.ptr(), size.width, size.height, 8);
+        launch(test_mix<3, u8, u8, u8>, {1, 1}, nullptr, bytes.ptr(), bytes.ptr(), bytes.ptr(), size.width, size.height,
+               8, 8, 8);
+        launch(test_blockSum, {1, 1}, nullptr, visits.ptr(), visits.ptr(), size.width, size.height, 8);
+    }
+    EXPECT_EQ(visits.download(), std::vector<int>(64, untouched));
+    EXPECT_EQ(bytes.download(), std::vector<u8>(64, 7));
+}
+
+TEST(Launch, NullPointersAreNotLaunchedOn)
+{
+    const DeviceArray<u8> bytes(64, 7);
+    u8* const null = nullptr;
+    launch(test_mix<1, u8, u8, u8>, {8, 8}, nullptr, null, bytes.ptr(), bytes.ptr(), 8, 8, 8, 8, 8);
+    launch(test_mix<1, u8, u8, u8>, {8, 8}, nullptr, bytes.ptr(), null, bytes.ptr(), 8, 8, 8, 8, 8);
+    launch(test_mix<1, u8, u8, u8>, {8, 8}, nullptr, bytes.ptr(), bytes.ptr(), null, 8, 8, 8, 8, 8);
+    launch(test_visit, {8, 8}, nullptr, static_cast<int*>(nullptr), 8, 8, 8);
+    EXPECT_EQ(platform::synchronizeDevice(), VEXA_SUCCESS);
+    EXPECT_EQ(bytes.download(), std::vector<u8>(64, 7));
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+#!/bin/sh
+# Checks the names that the library exports: nothing that no public header declares, apart from kernels, and everything
+# in the list of expected names.
+# exported_names.sh LIBRARY INCLUDE_FOLDER EXPECTED_NAMES
+
+library=$1 include=$2 expected=$3 failed=0
+NM=${NM:-nm} OBJDUMP=${OBJDUMP:-objdump}
+
+complain() {
+    echo "$1"
+    failed=1
+}
+
+"$OBJDUMP" -p "$library" | grep -qE 'SONAME +libvexa_180\.so$' || complain "soname is not libvexa_180.so"
+
+# Without the marks that every linker sets, and without the return types that templates carry.
+names=$("$NM" -D -C --defined-only "$library" | sed -E 's/^[0-9a-f]* . //' | grep -vxE '__bss_start|_edata|_end' |
+    sed -E 's/^void //; s/^[a-z ]+\* //' | sort -u)
+
+# Words of the public headers outside comments. A qualified name is public if all its parts are among them.
+words=$(sed 's,//.*,,' "$include"/*.h | grep -oE '[A-Za-z_][A-Za-z_0-9]*' | sort -u)
+
+for name in $(echo "$names" | grep -vE '^(__device_stub__Z[0-9]+)?kernel_[A-Za-z_0-9]+[<P(]' |
+    sed -E 's/\(.*//; s/<[^>]*>//g; s/ /_/g' | sort -u); do
+    case $name in
+        Vexa*::* | vexa::* | vexa_* | vexaStatusString | getType | getParameters) ;;
+        *) complain "exported, but of no public family: $name" ;;
+    esac
+    for part in $(echo "$name" | grep -oE '[A-Za-z_][A-Za-z_0-9]*'); do
+        echo "$words" | grep -qx "$part" || complain "exported, but in no public header: $name"
+    done
+done
+
+while read -r name; do
+    echo "$names" | grep -qxF "$name" || complain "not exported: $name"
+done <"$expected"
+
+exit $failed
