@@ -15,5 +15,7 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/vexaConfigVersion.cmake COM
 install(FILES ${CMAKE_BINARY_DIR}/vexaConfig.cmake ${CMAKE_BINARY_DIR}/vexaConfigVersion.cmake
     DESTINATION ${packageFolder})
 
+# The way from the pkg-config file to the prefix, so that it follows an install to another one.
+file(RELATIVE_PATH prefixFromPc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/vexa.pc.in ${CMAKE_BINARY_DIR}/vexa.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/vexa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -36,11 +36,12 @@ VEXA_DEVICE float combine(float a, float b)
         return fabsf(a - b);
 }
 
-/// Whether integer arithmetic gives what the float rule gives for elements A and B into D: the result is whole and,
-/// where it does not saturate, exact in float.
+/// Whether integer arithmetic in D gives what the float rule gives for elements A and B: D holds both, and the result
+/// is whole and, where it does not saturate, exact in float.
 template <int op, typename A, typename B, typename D>
 inline constexpr bool isExactInIntegers =
-    op != operation::divide&& std::conjunction_v<std::is_integral<A>, std::is_integral<B>, std::is_integral<D>>;
+    std::conjunction_v<std::is_integral<A>, std::is_integral<B>, std::is_integral<D>,
+                       std::bool_constant<op != operation::divide && sizeof(D) >= sizeof(A) && sizeof(D) >= sizeof(B)>>;
 
 /// a op b saturated to the whole range of an unsigned type, without leaving its width where that is possible: bytes
 /// then fill vector registers, which makes 8-bit add three times as fast as by way of float.

@@ -187,6 +187,19 @@ TEST_F(Files, ChannelsAreBlueGreenRed)
     EXPECT_EQ(read("b.ppm"), pixmap);
 }
 
+/// A photograph may ask its viewer to turn it; pixels are loaded as they are stored.
+TEST_F(Files, LoadsPhotographsUnturned)
+{
+    using namespace std::string_literals;
+    writePicture("a.jpg", cv::Mat(10, 20, CV_8UC3, cv::Scalar::all(100)));
+    const std::string turn =
+        "\xFF\xE1\0\x22"s + "Exif\0\0II*\0\x08\0\0\0\1\0"s + "\x12\1\3\0\1\0\0\0\6\0\0\0"s + "\0\0\0\0"s;
+    const std::string file = write("turned.jpg", read("a.jpg").insert(2, turn));
+    ASSERT_EQ(cv::imread(file).cols, 10) << "the file must ask to be turned";
+    for (int load = VEXA_LOAD_IMAGE_DEFAULT; load <= VEXA_LOAD_IMAGE_COLOR_KEEP_DEPTH; ++load)
+        EXPECT_EQ(io::loadImage(file, static_cast<VexaLoadType>(load)).width(), 20) << "load type " << load;
+}
+
 TEST_F(Files, SavesFloatsFromZeroToOneAsBytes)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();

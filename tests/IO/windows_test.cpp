@@ -17,7 +17,13 @@ TEST(Windows, FailQuietlyWithoutADisplay)
         const char* variable;
         const char* value;
     };
-    const Setting settings[] = {{"UNRELATED", "1"}, {"DISPLAY", ""}, {"DISPLAY", ":4087"}, {"DISPLAY", "no display"}};
+    const Setting settings[] = {{"UNRELATED", "1"},
+                                {"DISPLAY", ""},
+                                {"DISPLAY", ":4087"},
+                                {"DISPLAY", "no display"},
+                                {"WAYLAND_DISPLAY", "wayland-87"},
+                                {"QT_QPA_PLATFORM", "xcb"},
+                                {"QT_QPA_PLATFORM", "nonsense"}};
     for (const Setting& setting : settings) {
         SCOPED_TRACE(testing::Message() << setting.variable << "=" << setting.value);
         for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) unsetenv(variable);

@@ -20,10 +20,8 @@ run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK} --build-config Debug --output-on-f
 find_program(pkgConfig NAMES pkg-config pkgconf)
 if(pkgConfig)
     set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
-    # The file names the folders that the build was configured for.
     execute_process(
-        COMMAND ${pkgConfig} --define-variable=libdir=${PREFIX}/${LIBDIR}
-            --define-variable=includedir=${PREFIX}/${INCLUDEDIR} --cflags --libs "vexa = ${VERSION}"
+        COMMAND ${pkgConfig} --cflags --libs "vexa = ${VERSION}"
         OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(options UNIX_COMMAND "${options}")
     run(${COMPILER} -std=c++11 -Wall -Wextra -Wpedantic -Werror ${FLAGS} ${CONSUMER}/main.cpp -o ${WORK}/by_pkg_config
