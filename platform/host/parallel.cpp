@@ -70,6 +70,18 @@ void runFlushed(RangeTask task, const void* body, std::size_t begin, std::size_t
 
 }  // namespace
 
+#if defined(VEXA_WIDE_TASKS)
+
+bool hasWideVectors()
+{
+    static const bool has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+                            __builtin_cpu_supports("avx512cd");
+    return has;
+}
+
+#endif
+
 void runRanges(std::size_t count, std::size_t grain, RangeTask task, const void* body)
 {
     if (count < 2 * grain) {
