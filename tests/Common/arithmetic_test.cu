@@ -1,19 +1,16 @@
 /// @file
-/// Device arithmetic and the formulas of the arithmetic operations, evaluated by a kernel and compared with plain
-/// arithmetic in double.
+/// Device arithmetic, evaluated by a kernel and compared with plain arithmetic in double.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <type_traits>
 #include <vector>
 
 #include "arithmetic.h"
 #include "device_array.h"
 #include "kernels.h"
-#include "operations.h"
 
 using namespace vexa;
 
@@ -147,114 +144,6 @@ TEST(Store, LeavesValuesAloneWithoutSaturation)
     EXPECT_EQ(evaluate<float>(Store<float, false>{{0, 0}}, values), values);
     EXPECT_TRUE(std::isnan(evaluate<float>(Store<float, false>{{0, 0}}, std::vector<float>{nan})[0]));
     EXPECT_EQ(evaluate<u8>(Store<u8, false>{{0, 1}}, std::vector<float>{2.9F, 200}), (std::vector<u8>{2, 200}));
-}
-
-double combined(int op, double a, double b)
-{
-    switch (op) {
-        case operation::add:
-            return a + b;
-        case operation::subtract:
-            return a - b;
-        case operation::multiply:
-            return a * b;
-        default:
-            return std::abs(a - b);
-    }
-}
-
-template <typename D, int op, typename A, typename B>
-void expectExact(const std::vector<A>& a, const std::vector<B>& b)
-{
-    constexpr bool isInteger = std::is_integral_v<D>;
-    const double highest = static_cast<double>(Element<D>::max);
-    const Range range{0, static_cast<float>(Element<D>::max)};
-    const std::vector<D> result = evaluate<D>(Combine<D, op, isInteger>{range}, a, b);
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const double exact = combined(op, static_cast<double>(a[i]), static_cast<double>(b[i]));
-        const D expected = static_cast<D>(isInteger ? std::clamp(exact, 0.0, highest) : exact);
-        ASSERT_EQ(result[i], expected) << int{a[i]} << ", " << int{b[i]} << " by operation " << op;
-    }
-}
-
-template <typename D, typename A, typename B>
-void expectExactOperations(const std::vector<A>& a, const std::vector<B>& b)
-{
-    expectExact<D, operation::add>(a, b);
-    expectExact<D, operation::subtract>(a, b);
-    expectExact<D, operation::multiply>(a, b);
-    expectExact<D, operation::absDiff>(a, b);
-}
-
-/// Each value of A with each of these, in two columns.
-template <typename A, typename B>
-void pairAll(const std::vector<B>& others, std::vector<A>& a, std::vector<B>& b)
-{
-    for (int value = 0; value <= Element<A>::max; ++value)
-        for (const B other : others) {
-            a.push_back(static_cast<A>(value));
-            b.push_back(other);
-        }
-}
-
-std::vector<u8> allBytes()
-{
-    std::vector<u8> bytes;
-    for (int value = 0; value < 256; ++value) bytes.push_back(static_cast<u8>(value));
-    return bytes;
-}
-
-const std::vector<u16> wordsAtEdges = {0,   1,    2,     3,     127,   128,   255,   256,
-                                       257, 4097, 32767, 32768, 32769, 65279, 65534, 65535};
-
-TEST(Combine, IsExactForAllPairsOfBytes)
-{
-    std::vector<u8> a;
-    std::vector<u8> b;
-    pairAll(allBytes(), a, b);
-    expectExactOperations<u8>(a, b);
-    expectExactOperations<u16>(a, b);
-    expectExactOperations<f32>(a, b);
-}
-
-TEST(Combine, IsExactForWords)
-{
-    std::vector<u16> a;
-    std::vector<u16> b;
-    pairAll(wordsAtEdges, a, b);
-    expectExactOperations<u16>(a, b);
-    expectExactOperations<u16>(b, a);
-    expectExactOperations<f32>(a, b);
-}
-
-TEST(Combine, IsExactForWordsWithBytes)
-{
-    std::vector<u16> words;
-    std::vector<u8> bytes;
-    pairAll(std::vector<u8>{0, 1, 2, 127, 128, 254, 255}, words, bytes);
-    for (const u8 value : allBytes())
-        for (const u16 word : wordsAtEdges) {
-            words.push_back(word);
-            bytes.push_back(value);
-        }
-    expectExactOperations<u16>(words, bytes);
-    expectExactOperations<u16>(bytes, words);
-    expectExactOperations<f32>(bytes, words);
-}
-
-/// Division goes by the reciprocal: a whole quotient may come out one less, any other is exact.
-TEST(Combine, DividesBytes)
-{
-    std::vector<u8> a;
-    std::vector<u8> b;
-    pairAll(allBytes(), a, b);
-    const std::vector<u8> result = evaluate<u8>(Combine<u8, operation::divide, true>{{0, 255}}, a, b);
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        const int highest = b[i] != 0 ? a[i] / b[i] : (a[i] != 0 ? 255 : 0);
-        const int lowest = b[i] > 1 && a[i] > 0 && a[i] % b[i] == 0 ? highest - 1 : highest;
-        ASSERT_TRUE(result[i] >= lowest && result[i] <= highest)
-            << int{a[i]} << " / " << int{b[i]} << " gave " << int{result[i]};
-    }
 }
 
 }  // namespace

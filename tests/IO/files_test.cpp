@@ -74,6 +74,7 @@ protected:
                 write("text.png", "This is no picture.\n"),
                 writeTruncated("half.png"),
                 writeTruncated("half.tiff"),
+                writeTruncated("half.jpg"),
                 write("header.png", "\x89PNG\r\n\x1a\n")};
     }
 
