@@ -40,8 +40,8 @@ Benchmark make(const Named& named, const Types& types, VexaSize size, const std:
 {
     const Shared a = noise(types.src1, size, 1);
     const Shared b = noise(types.src2, size, 2);
-    const Shared result = blank(types.dst, size);
-    const Shared expected = blank(types.dst, size);
+    const Shared result = blank(types.dst, size, 1);
+    const Shared expected = blank(types.dst, size, 2);
     const Work vexa = [=, call = named.vexa] { (void)call(*a, *b, *result, VexaStream(false)); };
     const Peer peer = peerOf({named.name, {a, b}, expected});
     // A quotient over zero is infinite here and zero in the opponent.
@@ -53,8 +53,8 @@ Benchmark make(const Named& named, const Types& types, VexaSize size, const std:
 Benchmark makeNot(VexaType type, VexaSize size)
 {
     const Shared src = noise(type, size, 1);
-    const Shared result = blank(type, size);
-    const Shared expected = blank(type, size);
+    const Shared result = blank(type, size, 1);
+    const Shared expected = blank(type, size, 2);
     const Work vexa = [=] { (void)al::NOT(*src, *result); };
     const Peer peer = peerOf({"NOT", {src}, expected});
     compare(vexa, peer.work, *result, *expected, 0, "NOT");

@@ -27,8 +27,8 @@ const Conversion conversions[] = {
 Benchmark makeConvertScale(const Conversion& conversion, VexaSize size)
 {
     const Shared src = noise(conversion.src, size, 1);
-    const Shared result = blank(conversion.dst, size);
-    const Shared expected = blank(conversion.dst, size);
+    const Shared result = blank(conversion.dst, size, 1);
+    const Shared expected = blank(conversion.dst, size, 2);
     const std::string name = "convertScale to " + nameOf(conversion.dst);
     const Work vexa = [=] { (void)de::convertScale(*src, *result, conversion.scale, conversion.offset); };
     const Peer peer = peerOf({"convertScale", {src}, expected, {conversion.scale, conversion.offset}});
@@ -40,8 +40,9 @@ Benchmark makeConvertScale(const Conversion& conversion, VexaSize size)
 
 Benchmark makeBitConversion(VexaType from, int fromBits, VexaType to, int toBits, VexaSize size)
 {
-    const Shared src = noise(from, size, 1);
-    const Shared result = blank(to, size);
+    // Images of their own, as data bits are part of an image.
+    const Shared src = noise(from, size, fromBits);
+    const Shared result = blank(to, size, 100 * fromBits + toBits);
     (void)src->setDataBits(fromBits);
     (void)result->setDataBits(toBits);
     return {"bitConversion " + std::to_string(fromBits) + " to " + std::to_string(toBits),

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
+#include <tuple>
 #include <vector>
 
 namespace bench {
@@ -72,21 +74,28 @@ double bytesOf(VexaType type, VexaSize size)
     return static_cast<double>(depth / 8 * channels) * size.width * size.height;
 }
 
-Shared blank(VexaType type, VexaSize size)
+Shared blank(VexaType type, VexaSize size, int number)
 {
-    Shared image = std::make_shared<VexaImage>(size, type);
-    if (!image->isInitialized()) std::abort();
+    static std::map<std::tuple<int, int, int, int>, Shared> known;
+    Shared& image = known[{type, size.width, size.height, number}];
+    if (image == nullptr) image = std::make_shared<VexaImage>(size, type);
+    if (!image->isInitialized()) {
+        std::fprintf(stderr, "no memory for an image of %s\n", nameOf(size).c_str());
+        std::exit(1);
+    }
     return image;
 }
 
-Shared noise(VexaType type, VexaSize size, unsigned seed)
+Shared noise(VexaType type, VexaSize size, int number)
 {
-    Shared image = blank(type, size);
+    constexpr int apartFromBlank = 1000;
+    Shared image = blank(type, size, apartFromBlank + number);
     const int elementsPerRow = size.width * image->channels();
     const auto count = static_cast<std::size_t>(elementsPerRow) * static_cast<std::size_t>(size.height);
     const auto upload = [&](const auto& elements) {
         (void)image->upload(elements.data(), elementsPerRow * static_cast<int>(sizeof elements[0]));
     };
+    const auto seed = static_cast<unsigned>(number);
     if (image->depth() == 8)
         upload(randomElements<unsigned char>(count, seed));
     else if (image->depth() == 16)

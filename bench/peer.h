@@ -1,5 +1,5 @@
 /// @file
-/// The opponents: OpenCV on the host. On a GPU there is none yet beyond the device-to-device copy.
+/// The opponents: OpenCV on the host. On a GPU operations are measured against the device-to-device copy alone.
 
 #pragma once
 

@@ -9,13 +9,25 @@ install(TARGETS vexa EXPORT vexaTargets
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(EXPORT vexaTargets NAMESPACE vexa:: DESTINATION ${packageFolder})
 
-configure_package_config_file(cmake/vexaConfig.cmake.in ${CMAKE_BINARY_DIR}/vexaConfig.cmake
+configure_package_config_file(cmake/vexaConfig.cmake.in ${PROJECT_BINARY_DIR}/vexaConfig.cmake
     INSTALL_DESTINATION ${packageFolder})
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/vexaConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/vexaConfig.cmake ${CMAKE_BINARY_DIR}/vexaConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vexaConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vexaConfig.cmake ${PROJECT_BINARY_DIR}/vexaConfigVersion.cmake
     DESTINATION ${packageFolder})
 
-# The way from the pkg-config file to the prefix, so that it follows an install to another one.
-file(RELATIVE_PATH prefixFromPc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/vexa.pc.in ${CMAKE_BINARY_DIR}/vexa.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/vexa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+# By the way from the pkg-config file to the prefix it follows an install to another one.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(pcPrefix ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH prefixFromPc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+    set(pcPrefix "\${pcfiledir}/${prefixFromPc}")
+endif()
+foreach(folder LIBDIR INCLUDEDIR)
+    if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+        set(pc${folder} ${CMAKE_INSTALL_${folder}})
+    else()
+        set(pc${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+    endif()
+endforeach()
+configure_file(cmake/vexa.pc.in ${PROJECT_BINARY_DIR}/vexa.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vexa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -38,7 +38,8 @@ bool hasDisplay()
 {
     // Qt takes what it is told to take, or ends the process.
     const char* const platform = std::getenv("QT_QPA_PLATFORM");
-    const std::string_view chosen = platform != nullptr ? platform : "";
+    const std::string_view named = platform != nullptr ? platform : "";
+    const std::string_view chosen = named.substr(0, named.find(':'));
     if (chosen == "offscreen" || chosen == "minimal") return true;
     return (chosen.empty() || chosen == "xcb") && connectsToX();
 }

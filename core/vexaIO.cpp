@@ -34,7 +34,7 @@ vexa::Picture downloaded(const VexaImage& image)
     return picture;
 }
 
-/// Uploads a picture into an image as it stands, which is no taller a copy than the picture.
+/// Uploads a picture into an image as it stands. An image taller than the picture takes only the picture's rows.
 VexaStatus upload(VexaImage& image, const vexa::Picture& picture)
 {
     const auto pitch = static_cast<Vexa32s>(picture.pitch);

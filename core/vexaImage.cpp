@@ -8,16 +8,13 @@
 
 #include "layout.h"
 #include "platform.h"
+#include "streams.h"
 #include "vexaCore.h"
 
 namespace platform = vexa::platform;
+using vexa::handle;
 
 namespace {
-
-platform::Stream handle(const VexaStream& stream)
-{
-    return static_cast<platform::Stream>(stream.ptr());
-}
 
 VexaStatus answer(VexaStatus result, VexaStatus failure)
 {

@@ -160,7 +160,7 @@ public:
     /// @}
 
     /// Copies a rectangle of this image to an offset in another, which is created at the size of the rectangle if
-    /// empty. The formats are not compared.
+    /// empty. The formats are not compared. Within one image the two rectangles must not overlap.
     /// @return VEXA_IMAGE_NOT_INITIALIZED, VEXA_MEMCPY_D2H_ERROR
     VexaStatus copyTo(VexaImage& dst, VexaPoint2D<int> dstOffset, VexaRect srcRoi,
                       const VexaStream& stream = VexaStream(false)) const;

@@ -23,7 +23,7 @@ VEXA_API VexaStatus saveImage(VexaImage& image, const std::string& file);
 
 }  // namespace io
 
-/// Opens a window. @return always VEXA_SUCCESS
+/// Opens a window, on an X server. @return always VEXA_SUCCESS
 VEXA_API VexaStatus createWindow(const std::string& name, bool resizable);
 
 /// Shows 8u and 16u images of 1 or 3 channels and float ones (values from 0 to 1) in a window; other formats look

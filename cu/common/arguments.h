@@ -7,15 +7,10 @@
 
 #include "layout.h"
 #include "platform.h"
+#include "streams.h"
 #include "vexaCore.h"
 
 namespace vexa {
-
-/// The stream handle that platform calls and launches take.
-inline platform::Stream handle(const VexaStream& stream)
-{
-    return static_cast<platform::Stream>(stream.ptr());
-}
 
 /// The pitch of an image in elements of type T.
 template <typename T>

@@ -1,7 +1,8 @@
 /// @file
 /// The shapes of kernels. A kernel is a function template whose body is one call of a shape with a plain lambda as its
 /// rule. Under nvcc that call does this thread's share of the image; on the host it does the whole image, on all
-/// cores. A kernel is complete under any launch geometry; `launch` picks one and stands for every launch.
+/// cores. A kernel is complete under any grid of threads (forEachBlock wants blocks of 16 by 16); `launch` picks one
+/// and stands for every launch.
 
 #pragma once
 

@@ -12,7 +12,7 @@ constexpr int largestGridHeight = 65535;
 
 inline unsigned blocks(int threads)
 {
-    return threads < 1 ? 0U : (static_cast<unsigned>(threads) + blockSide - 1) / blockSide;
+    return (static_cast<unsigned>(threads) + blockSide - 1) / blockSide;
 }
 
 inline unsigned atMost(unsigned value, unsigned limit)
@@ -28,6 +28,7 @@ void launch(void (*kernel)(P...), Extent extent, cudaStream_t stream, A... argum
     // A null image is left by an allocation that failed. Such a launch does nothing: on the device its fault would
     // end the context and all images with it.
     if ((detail::isNull(arguments) || ...)) return;
+    if (extent.width < 1 || extent.height < 1) return;
     const dim3 grid(detail::blocks(extent.width),
                     detail::atMost(detail::blocks(extent.height), detail::largestGridHeight));
     kernel<<<grid, dim3(blockSide, blockSide), 0, stream>>>(static_cast<P>(arguments)...);
@@ -147,11 +148,11 @@ template <typename Shared, typename Body>
 VEXA_DEVICE void forEachBlock(int width, int height, const Body& body)
 {
     __shared__ Shared shared;
-    const int columns = (width + blockSide - 1) / blockSide;
-    const int rows = (height + blockSide - 1) / blockSide;
-    for (int y = static_cast<int>(blockIdx.y); y < rows; y += static_cast<int>(gridDim.y))
-        for (int x = static_cast<int>(blockIdx.x); x < columns; x += static_cast<int>(gridDim.x))
-            body(Block<Shared>{x, y, shared});
+    const unsigned columns = (detail::atLeastZero(width) + blockSide - 1) / blockSide;
+    const unsigned rows = (detail::atLeastZero(height) + blockSide - 1) / blockSide;
+    for (unsigned y = blockIdx.y; y < rows; y += gridDim.y)
+        for (unsigned x = blockIdx.x; x < columns; x += gridDim.x)
+            body(Block<Shared>{static_cast<int>(x), static_cast<int>(y), shared});
 }
 
 }  // namespace vexa

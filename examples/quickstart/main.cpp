@@ -109,13 +109,16 @@ int main(int argc, char** argv)
     VexaImage blended;
     VexaImage changed;
     VexaImage sheet;
-    make("frame 2", photo, [&] { return moved(photo, frame); });
-    make("negative", photo, [&] { return al::NOT(photo, negative); });
-    make("blend", photo, [&] { return blend(photo, frame, blended); });
-    make("difference", photo, [&] { return difference(photo, frame, changed); });
+    make("frame 2", frame, [&] { return moved(photo, frame); });
+    make("negative", negative, [&] { return al::NOT(photo, negative); });
+    make("blend", blended, [&] { return blend(photo, frame, blended); });
+    make("difference", changed, [&] { return difference(photo, frame, changed); });
     const VexaImage* const pictures[] = {&photo, &negative, &blended, &changed};
     if (arrange(pictures, sheet) != VEXA_SUCCESS) return 1;
 
-    return save(negative, folder + "negative.png") | save(blended, folder + "blend.png") |
-           save(changed, folder + "difference.png") | save(sheet, folder + "all.jpg");
+    int failed = save(negative, folder + "negative.png");
+    failed |= save(blended, folder + "blend.png");
+    failed |= save(changed, folder + "difference.png");
+    failed |= save(sheet, folder + "all.jpg");
+    return failed;
 }

@@ -7,7 +7,8 @@
 
 #include <cstddef>
 
-// Whether tasks are compiled twice, the second time for wider vectors than the build asks for.
+// Whether tasks are compiled twice, the second time for wider vectors than the build asks for. Only GCC's `flatten`
+// draws what a task calls into the second one.
 #if defined(__AVX2__) && !defined(__AVX512F__) && defined(__GNUC__) && !defined(__clang__)
 #define VEXA_WIDE_TASKS
 #endif
@@ -16,7 +17,7 @@ namespace vexa::platform {
 
 using RangeTask = void (*)(const void* body, std::size_t begin, std::size_t end);
 
-/// Calls the task on consecutive parts of [0, count), each of at least `grain` items, with denormals flushed to zero.
+/// Calls the task on consecutive parts of [0, count), of half a grain to a grain each, with denormals flushed to zero.
 /// Fewer than two grains are done by the calling thread.
 void runRanges(std::size_t count, std::size_t grain, RangeTask task, const void* body);
 

@@ -104,40 +104,6 @@ TEST(Reciprocal, IsWithinAnUlpAndKeepsTheSignsOfZeroAndInfinity)
     }
 }
 
-TEST(Store, SaturatesAndTruncates)
-{
-    struct Case {
-        float value;
-        int byte, narrow, word;  ///< saturated to 0 to 255, 1 to 250 and 0 to 65535
-    };
-    const Case cases[] = {{nan, 0, 1, 0},
-                          {infinity, 255, 250, 65535},
-                          {-infinity, 0, 1, 0},
-                          {1e30F, 255, 250, 65535},
-                          {-1e30F, 0, 1, 0},
-                          {-0.9F, 0, 1, 0},
-                          {-0.0F, 0, 1, 0},
-                          {0.99F, 0, 1, 0},
-                          {2.9F, 2, 2, 2},
-                          {249.9F, 249, 249, 249},
-                          {254.99F, 254, 250, 254},
-                          {255.5F, 255, 250, 255},
-                          {256, 255, 250, 256},
-                          {65534.9F, 255, 250, 65534},
-                          {65535.5F, 255, 250, 65535},
-                          {4294967296.0F, 255, 250, 65535}};
-    std::vector<float> values;
-    for (const Case& row : cases) values.push_back(row.value);
-    const std::vector<u8> bytes = evaluate<u8>(Store<u8, true>{{0, 255}}, values);
-    const std::vector<u8> narrow = evaluate<u8>(Store<u8, true>{{1, 250}}, values);
-    const std::vector<u16> words = evaluate<u16>(Store<u16, true>{{0, 65535}}, values);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        EXPECT_EQ(bytes[i], cases[i].byte) << values[i];
-        EXPECT_EQ(narrow[i], cases[i].narrow) << values[i];
-        EXPECT_EQ(words[i], cases[i].word) << values[i];
-    }
-}
-
 TEST(Store, LeavesValuesAloneWithoutSaturation)
 {
     const std::vector<float> values = {infinity, -infinity, -1e30F, 2.9F, 300};

@@ -92,17 +92,6 @@ TEST(Dispatch, CarriesOutTheStatusOfTheWork)
     }
 }
 
-TEST(Checks, InitializedWantsAll)
-{
-    const VexaImage image(4, 4, VEXA_8UC1);
-    const VexaImage empty;
-    EXPECT_EQ(initialized(image), VEXA_SUCCESS);
-    EXPECT_EQ(initialized(image, image, image), VEXA_SUCCESS);
-    EXPECT_EQ(initialized(empty), VEXA_IMAGE_NOT_INITIALIZED);
-    EXPECT_EQ(initialized(empty, image), VEXA_IMAGE_NOT_INITIALIZED);
-    EXPECT_EQ(initialized(image, image, empty), VEXA_IMAGE_NOT_INITIALIZED);
-}
-
 TEST(Checks, MatchGivesTheStatusOfTheFirstDifference)
 {
     const VexaImage model(8, 6, VEXA_8UC3);

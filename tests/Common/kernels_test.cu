@@ -137,19 +137,6 @@ TEST(MapElements, MapsEveryElementWhateverAlignmentPitchAndSize)
     expectMixes<4, u16, u16, u16>();
 }
 
-TEST(MapElements, RunsInPlace)
-{
-    constexpr int width = 67;
-    constexpr int height = 5;
-    std::vector<u16> elements(static_cast<std::size_t>(width * height));
-    for (std::size_t i = 0; i < elements.size(); ++i) elements[i] = static_cast<u16>(i);
-    const DeviceArray<u16> rows(elements);
-    launch(test_mix<1, u16, u16, u16>, elementExtent<1, u16>(width, height), nullptr, rows.ptr(), rows.ptr(),
-           rows.ptr(), width, height, width, width, width);
-    const std::vector<u16> result = rows.download();
-    for (std::size_t i = 0; i < result.size(); ++i) ASSERT_EQ(result[i], 3 * i);
-}
-
 TEST(ForEachBlock, SharesMemoryAcrossPhases)
 {
     for (const VexaSize& size : sizes()) {

@@ -102,68 +102,13 @@ TEST(Status, Texts)
     }
 }
 
-/// What callers have stored in files and passed from other languages.
-static_assert(VEXA_NO_ERROR == 0 && VEXA_SUCCESS == 0 && VEXA_MEM_ALLOC_ERR == -1 && VEXA_ARRAY_ALLOC_ERR == -2 &&
-              VEXA_MEMSET_ERR == -3 && VEXA_MEMCPY_H2D_ERROR == -4 && VEXA_MEMCPY_D2H_ERROR == -5 &&
-              VEXA_MEMCPY_D2D_ERROR == -6 && VEXA_MEMCPY_D2A_ERROR == -7 && VEXA_MEMCPY_H2S_ERROR == -8 &&
-              VEXA_MEMCPY_ERROR == -9 && VEXA_MEMFREE_ERR == -10 && VEXA_MEMFREE_ARRAY_ERR == -11 &&
-              VEXA_TEXTURE_BIND_ERROR == -12 && VEXA_TEXTURE_UNBIND_ERROR == -13 && VEXA_IMAGE_NOT_INITIALIZED == -14 &&
-              VEXA_NULL_POINTER_ERROR == -15 && VEXA_INVALID_ARG_ERROR == -16 && VEXA_NOT_SUPPORTED_MODE_ERROR == -17 &&
-              VEXA_SIZE_ERROR == -18 && VEXA_INVALID_ROI_ERROR == -19 && VEXA_CUDA_KERNEL_EXECUTION_ERROR == -20 &&
-              VEXA_INTERNAL_FUNCTION_CALL_ERROR == -21 && VEXA_INTERNAL_CALL_ERROR == -22 &&
-              VEXA_CHANNEL_NOT_SUPPORTED_ERROR == -23 && VEXA_DEPTH_NOT_SUPPORTED_ERROR == -25 &&
-              VEXA_MEMORY_PINNING_ERROR == -26 && VEXA_MEMORY_UNPINNING_ERROR == -27 &&
-              VEXA_STREAM_CREATE_ERROR == -28 && VEXA_STREAM_DESTROY_ERROR == -29 && VEXA_OPENCL_ERROR == -30 &&
-              VEXA_DIFFERENT_IMAGE_SIZE_ERROR == -31 && VEXA_DEVICE_NOT_FOUND_ERROR == -32 &&
-              VEXA_INVALID_DEVICE_ERROR == -33 && VEXA_DRIVER_NOT_FOUND_ERROR == -34 &&
-              VEXA_DRIVER_NOT_SUPPORTED_ERROR == -35 && VEXA_UNKNOWN_ERROR == -36 &&
-              VEXA_TYPE_NOT_SUPPORTED_ERROR == -37 && VEXA_INPLACE_OP_NOT_SUPPORTED == -38 &&
-              VEXA_SINGULAR_MATRIX_ERROR == -39 && VEXA_JPEG_PARAM_ERROR == -40 && VEXA_JPEG_ENCODE_ERROR == -41 &&
-              VEXA_JPEG_DECODE_ERROR == -42 && VEXA_WARP_AFFINE_INCORRECT_QUAD_WARNING == 1);
-static_assert(VEXA_CHANNEL_SEQ_RGB == 0 && VEXA_CHANNEL_SEQ_BGR == 1 && VEXA_CHANNEL_SEQ_BGRA == 2 &&
-              VEXA_CHANNEL_SEQ_RGBA == 3 && VEXA_CHANNEL_SEQ_LUMINANCE == 4 && VEXA_CHANNEL_SEQ_NONE == 5);
-static_assert(VEXA_LOAD_IMAGE_DEFAULT == -1 && VEXA_LOAD_IMAGE_GRAYSCALE == 0 && VEXA_LOAD_IMAGE_COLOR == 1 &&
-              VEXA_LOAD_IMAGE_GRAYSCALE_KEEP_DEPTH == 2 && VEXA_LOAD_IMAGE_COLOR_KEEP_DEPTH == 3);
-static_assert(VEXA_PTR_NONE == -1 && VEXA_PTR_DEVICE == 0 && VEXA_PTR_HOST == 1 && VEXA_PTR_HOST_PAGE_LOCKED == 2);
-static_assert(VEXA_INTER_NEAREST == 1 && VEXA_INTER_LINEAR == 2 && VEXA_INTER_CUBIC == 3);
-static_assert(VEXA_FLIP_UP_DOWN == 0 && VEXA_FLIP_LEFT_RIGHT == 1 && VEXA_FLIP_BOTH_DIRECTIONS == 2);
-static_assert(VEXA_GRADIENT_CENTRAL_DIFFERENCE == 0 && VEXA_GRADIENT_SOBEL_3x3 == 1 && VEXA_GRADIENT_SCHARR_3x3 == 2 &&
-              VEXA_GRADIENT_PREWITT_3x3 == 3);
-static_assert(VEXA_BAYER_BLANK == 0 && VEXA_BAYER_BGGR == 1 && VEXA_BAYER_GBRG == 2 && VEXA_BAYER_GRBG == 3 &&
-              VEXA_BAYER_RGGB == 4 && VEXA_BAYER_BGGR_HQ == 5 && VEXA_BAYER_GRBG_HQ == 6 && VEXA_BAYER_RGGB_HQ == 7 &&
-              VEXA_BAYER_GBRG_HQ == 8);
-static_assert(VEXA_COLOR_RED == 0 && VEXA_COLOR_GREEN == 1 && VEXA_COLOR_BLUE == 2);
-static_assert(VEXA_FEATURES_KLT == 0 && VEXA_FEATURES_HARRIS == 1 && VEXA_FEATURES_HARRIS_PETER == 2);
-static_assert(VEXA_FFT_MAGNITUDE == 0 && VEXA_FFT_SCALED_MAGNITUDE == 1 && VEXA_FFT_PHASE == 2 &&
-              VEXA_FFT_SCALED_PHASE == 3 && VEXA_FFT_REAL == 4 && VEXA_FFT_SCALED_REAL == 5 &&
-              VEXA_FFT_IMAGINARY == 6 && VEXA_FFT_SCALED_IMAGINARY == 7);
-static_assert(sizeof(Vexa8u) == 1 && sizeof(Vexa16u) == 2 && sizeof(Vexa32u) == 4 && sizeof(Vexa32s) == 4 &&
-              sizeof(Vexa32f) == 4 && sizeof(Vexa64f) == 8);
+/// Code compiled against the library finds the fields by their place.
 static_assert(offsetof(VexaDeviceProperties, multiProcessorCount) == 256 &&
               offsetof(VexaDeviceProperties, totalCores) == 264 &&
               offsetof(VexaDeviceProperties, asyncEngineCount) == 272 &&
               offsetof(VexaDeviceProperties, totalGlobalMem) == 280 &&
               offsetof(VexaDeviceProperties, reserved) == 288 && offsetof(VexaDeviceProperties, clockRate) == 308 &&
               sizeof(VexaDeviceProperties) == 312);
-
-TEST(Records, FieldsInOrder)
-{
-    const VexaSize size(3, -4);
-    EXPECT_EQ(size.width, 3);
-    EXPECT_EQ(size.height, -4);
-    const VexaRect rect(1, -2, 3, 4);
-    EXPECT_EQ(rect.origin().x, 1);
-    EXPECT_EQ(rect.origin().y, -2);
-    EXPECT_EQ(rect.width, 3);
-    EXPECT_EQ(rect.height, 4);
-    const VexaPoint2D<float> point(0.5F, -1.5F);
-    EXPECT_EQ(point.x, 0.5F);
-    EXPECT_EQ(point.y, -1.5F);
-    const VexaPointValue2D<float, float> corner(1.5F, 2.5F, 3.5F);
-    EXPECT_EQ(corner.x, 1.5F);
-    EXPECT_EQ(corner.y, 2.5F);
-    EXPECT_EQ(corner.val, 3.5F);
-}
 
 /// The bytes of a T in memory that held 0xAA: after its construction, then after its destruction if `destroy`.
 template <typename T, typename... A>

@@ -360,6 +360,29 @@ TEST_F(Faults, OperationsWithoutDestination)
     }
 }
 
+TEST_F(Faults, OperationsAllocateTheirDestinationAndNothingElse)
+{
+    const VexaImage bytes = kit::noise<u8>({640, 480}, 3, 1);
+    VexaImage words(640, 480, VEXA_16UC3);
+    const std::function<VexaStatus(VexaImage&)> operations[] = {
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::NOT(bytes, dst); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::divide(bytes, bytes, dst); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::add(bytes, words, dst); },
+        [&](VexaImage& dst) { return vexa::dataExchange::convertScale(bytes, dst, 2, 1); },
+        [&](VexaImage& dst) {
+            return dst.isInitialized() ? vexa::dataExchange::bitConversion(bytes, dst)
+                                       : dst.create(bytes.size(), VEXA_8UC3);
+        },
+    };
+    for (const auto& operate : operations) {
+        VexaImage dst;
+        fault::arm(Call::allocate, 2);
+        EXPECT_EQ(operate(dst), VEXA_SUCCESS);
+        EXPECT_EQ(operate(dst), VEXA_SUCCESS);
+        EXPECT_TRUE(fault::strikes(Call::allocate)) << "something was allocated beyond the destination";
+    }
+}
+
 TEST_F(Faults, Streams)
 {
     fault::arm(Call::createStream);
