@@ -26,7 +26,7 @@ vexa::Picture makePicture(int width, int height, int depth, int channels)
     return picture;
 }
 
-/// The pixels of an image on the host.
+/// The pixels of an image on the host; black where its rows overlap, as such an image can't be downloaded.
 vexa::Picture downloaded(const VexaImage& image)
 {
     vexa::Picture picture = makePicture(image.width(), image.height(), image.depth(), image.channels());

@@ -80,7 +80,7 @@ Ranges ranges(Vexa8u from, Vexa8u to)
     float scale = static_cast<float>(to_max) / static_cast<float>(from_max);
     // Where rounding would leave the largest value just below its place, the next factor up puts it there: white stays
     // white, as from 8 to 10 bits, where 255 times the rounded quotient is 1022.9999.
-    if (static_cast<float>(from_max) * scale < static_cast<float>(to_max)) scale = std::nextafterf(scale, 2 * scale);
+    if (static_cast<float>(from_max) * scale < static_cast<float>(to_max)) scale = std::nextafter(scale, 2 * scale);
     return {from_max, to_max, scale};
 }
 
