@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <string>
 #include <thread>
 #include <type_traits>
 
@@ -114,11 +115,17 @@ TEST(Device, UnknownOneIsAllZeros)
         properties.coresPerMultiProcessor = 7;
         properties.reserved = 12345;
         EXPECT_EQ(vexa::device::getDeviceProperties(unknown, properties), VEXA_SUCCESS);
-
-        VexaDeviceProperties expected;
-        expected.coresPerMultiProcessor = 7;
-        expected.reserved = 12345;
-        EXPECT_EQ(std::memcmp(&properties, &expected, sizeof expected), 0) << unknown;
+        EXPECT_EQ(std::string(properties.name, sizeof properties.name), std::string(sizeof properties.name, '\0'));
+        EXPECT_EQ(properties.multiProcessorCount, 0);
+        EXPECT_EQ(properties.coresPerMultiProcessor, 7);
+        EXPECT_EQ(properties.totalCores, 0);
+        EXPECT_EQ(properties.computeCapability, 0);
+        EXPECT_EQ(properties.asyncEngineCount, 0);
+        EXPECT_EQ(properties.totalGlobalMem, 0U);
+        EXPECT_EQ(properties.reserved, 12345U);
+        EXPECT_EQ(properties.totalConstMem, 0U);
+        EXPECT_EQ(properties.textureAlignment, 0);
+        EXPECT_EQ(properties.clockRate, 0);
     }
 }
 
