@@ -1,5 +1,5 @@
 /// @file
-/// vexa::arithmeticLogical: pixel by pixel arithmetic and logic on images.
+/// vexa::arithmeticLogical: pixel by pixel arithmetic, logic and mathematical functions.
 
 #pragma once
 
@@ -48,12 +48,122 @@ VEXA_API VexaStatus absDiff(const VexaImage& src1, const VexaImage& src2, VexaIm
                             const VexaStream& stream = VexaStream(false));
 /// @}
 
-/// Bitwise complement of 8u and 16u images with 1 or 3 channels. Runs in place, returns without waiting. An empty
-/// `dst` is created with the size and type of `src`.
+/// @name Arithmetic of an image and a constant
+/// One value for all channels, or one per channel in the order in which the image holds them. The constant goes to
+/// 32-bit float; arithmetic and stores are those of two images, so a negative constant subtracts and fractions work on
+/// integer images: 5 times 0.5 stores 2. For `image - c` add the negated constant, for `image / c` multiply by the
+/// reciprocal. Runs in place, returns without waiting.
+///
+/// | src | dst        |
+/// |-----|------------|
+/// | 8u  | 8u 16u 32f |
+/// | 16u | 16u 32f    |
+/// | 32f | 32f        |
+///
+/// Both images have 1 channel or both have 3, and one size. An empty `dst` is created with the type of `src`.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
-///         width, height or type and for other types
+///         width, height or channels and for types that have no row (an empty `dst` has been created by then)
+/// @{
+
+/// src + value
+VEXA_API VexaStatus add(const VexaImage& src, const Vexa64f value, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus add(const VexaImage& src, const VexaScalar& values, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+
+/// value - src
+VEXA_API VexaStatus subtract(const Vexa64f value, const VexaImage& src, VexaImage& dst,
+                             const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus subtract(const VexaScalar& values, const VexaImage& src, VexaImage& dst,
+                             const VexaStream& stream = VexaStream(false));
+
+/// src * value
+VEXA_API VexaStatus multiply(const VexaImage& src, const Vexa64f value, VexaImage& dst,
+                             const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus multiply(const VexaImage& src, const VexaScalar& values, VexaImage& dst,
+                             const VexaStream& stream = VexaStream(false));
+
+/// value times the approximate reciprocal of src: over 0 an integer destination stores the largest value, and 0 for
+/// 0 / 0.
+VEXA_API VexaStatus divide(const Vexa64f value, const VexaImage& src, VexaImage& dst,
+                           const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus divide(const VexaScalar& values, const VexaImage& src, VexaImage& dst,
+                           const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Logic and shifts
+/// Bit by bit on 8u and 16u images with 1 or 3 channels. Constants are cut to the low 8 or 16 bits. An empty `dst` is
+/// created with the size and type of the source. Runs in place, returns without waiting.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for images that differ in
+///         width, height, depth or channels and for other types (an empty `dst` has been created by then)
+/// @{
+VEXA_API VexaStatus AND(const VexaImage& src1, const VexaImage& src2, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus OR(const VexaImage& src1, const VexaImage& src2, VexaImage& dst,
+                       const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus XOR(const VexaImage& src1, const VexaImage& src2, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+
+VEXA_API VexaStatus AND(const VexaImage& src, const int value, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus OR(const VexaImage& src, const int value, VexaImage& dst,
+                       const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus XOR(const VexaImage& src, const int value, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+
+/// Complement. A `dst` must have the type of `src`, sign included.
 VEXA_API VexaStatus NOT(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+
+/// Left by `value` bits in a 32-bit word, saturated: 200 by 1 stores 255. Words with the top bit set count as negative
+/// and store 0, as 128 by 24 does; shifts outside 0 to 31 store 0.
+VEXA_API VexaStatus SHL(const VexaImage& src, const int value, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+
+/// Right by `value` bits; shifts outside 0 to 31 store 0. A `dst` must have the type of `src`, sign included.
+VEXA_API VexaStatus SHR(const VexaImage& src, const int value, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// The absolute value of 8u, 16u and 32f images with 1 or 3 channels. An empty `dst` is created with the size and type
+/// of `src`. Runs in place, returns without waiting.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
+///         type, width or height and for other types
+VEXA_API VexaStatus abs(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+
+/// @name Mathematical functions
+/// Of 8u, 16u and 32f images with 1 or 3 channels, into floats. They are fast approximations, off by a few units in the
+/// last place of the result or, for `exp` and `pow`, of the exponent in base 2. An empty `dst` is created with 32-bit
+/// floats and the size and channels of `src`. The size of any other is not compared: what both images hold is computed.
+/// Runs in place on floats, returns without waiting.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
+///         channels and for other types; VEXA_DEPTH_NOT_SUPPORTED_ERROR for a `dst` of other elements
+/// @{
+VEXA_API VexaStatus exp(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus sqrt(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus cbrt(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+
+/// 2 ^ (power * log2(src)): not a number for negative elements, and for 0 to the power 0.
+VEXA_API VexaStatus pow(const VexaImage& src, const Vexa64f power, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Rounding
+/// Of 32f images with 1 or 3 channels to whole numbers, in float. An empty `dst` is created with the size and type of
+/// `src`. The size of any other is not compared: what both images hold is rounded. Runs in place, returns without
+/// waiting.
+///
+/// @return as the mathematical functions
+/// @{
+VEXA_API VexaStatus floor(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+VEXA_API VexaStatus ceil(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+
+/// To the nearest, ties to even.
+VEXA_API VexaStatus round(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+/// @}
 
 }  // namespace arithmeticLogical
 }  // namespace vexa

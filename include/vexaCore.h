@@ -179,6 +179,65 @@ public:
     /// @return VEXA_INVALID_ARG_ERROR outside the image
     VexaStatus set(Vexa32s x, Vexa32s y, const VexaScalar& values);
 
+    /// @name Fills
+    /// Of 8u, 16u and 32f images with 1 or 3 channels. Values saturate and are truncated, except where one channel is
+    /// set: there an integer element takes the low bits of the truncated value, 0 for a negative one. One-channel
+    /// images take the first of the values. They return without waiting.
+    /// @return VEXA_IMAGE_NOT_INITIALIZED, VEXA_TYPE_NOT_SUPPORTED_ERROR
+    /// @{
+    VexaStatus set(const Vexa64f value, const VexaStream& stream = VexaStream(false));
+    VexaStatus set(const VexaScalar& values, const VexaStream& stream = VexaStream(false));
+
+    /// One channel of every pixel. The channel is not compared with those of the image: one past them counts on into
+    /// the next pixels, as far as the row goes.
+    VexaStatus set(const Vexa32s channel, const Vexa64f value, const VexaStream& stream = VexaStream(false));
+    /// @}
+
+    /// A channel as a new image, by vexa::dataExchange::getChannel: an empty one if there is no such channel. Of a
+    /// one-channel image the pixels of the result are not written.
+    VexaImage operator[](Vexa32s channel) const;
+
+    /// @name Operators in place
+    /// Each is an operation of vexa::arithmeticLogical with this image as source and destination, its status dropped.
+    /// The type of the image stays: `image8u += 0.5` truncates, and an operation that the types have no row for does
+    /// nothing. Differences of constants are sums with the negated constant, quotients are products with the
+    /// reciprocal.
+    /// @{
+    VexaImage& operator++();
+    VexaImage& operator--();
+    VexaImage operator++(int);
+    VexaImage operator--(int);
+
+    VexaImage& operator+=(const VexaImage& image);
+    VexaImage& operator+=(Vexa32s value);
+    VexaImage& operator+=(Vexa64f value);
+    VexaImage& operator+=(const VexaScalar& values);
+    VexaImage& operator-=(const VexaImage& image);
+    VexaImage& operator-=(Vexa32s value);
+    VexaImage& operator-=(Vexa64f value);
+    VexaImage& operator-=(const VexaScalar& values);
+    VexaImage& operator*=(const VexaImage& image);
+    VexaImage& operator*=(Vexa32s value);
+    VexaImage& operator*=(Vexa64f value);
+    VexaImage& operator*=(const VexaScalar& values);
+    VexaImage& operator/=(const VexaImage& image);
+    VexaImage& operator/=(Vexa32s value);
+    VexaImage& operator/=(Vexa64f value);
+    VexaImage& operator/=(const VexaScalar& values);
+
+    VexaImage& operator&=(const VexaImage& image);
+    VexaImage& operator&=(Vexa32s value);
+    VexaImage& operator|=(const VexaImage& image);
+    VexaImage& operator|=(Vexa32s value);
+    VexaImage& operator^=(const VexaImage& image);
+    VexaImage& operator^=(Vexa32s value);
+    VexaImage& operator<<=(Vexa32s bits);
+    VexaImage& operator>>=(Vexa32s bits);
+    /// @}
+
+    /// The product with -1 as a new image of the same type, so all zeros for an unsigned one.
+    VexaImage operator-() const;
+
     /// This image as another element type: value * scale + offset, saturated and truncated (see
     /// vexa::dataExchange::convertScale). `dst` may be this image. A destination of another type is made anew.
     /// @return VEXA_IMAGE_NOT_INITIALIZED, VEXA_CHANNEL_NOT_SUPPORTED_ERROR if the channels of `type` are not this
@@ -217,3 +276,4 @@ private:
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
 #include "vexaIO.h"
+#include "vexaOperators.h"
