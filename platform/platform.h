@@ -30,7 +30,7 @@ void* allocatePinned(std::size_t bytes);
 void releasePinned(void* block);
 /// @}
 
-/// @name Copies
+/// @name Copies and fills
 /// Those without a stream block. A row must fit both pitches. The host platform refuses a copy that would leave an
 /// allocation; a GPU's runtime sees that only roughly, so callers that know how far a block goes say so by a null.
 /// @{
@@ -64,6 +64,9 @@ struct Extent2D {
 /// VEXA_MEMCPY_D2D_ERROR
 [[nodiscard]] VexaStatus copyOnDevice(Target to, Source from, Extent2D extent);
 [[nodiscard]] VexaStatus copyOnDevice(Target to, Source from, Extent2D extent, Stream stream);
+
+/// Sets every byte of a rectangle of device memory. VEXA_MEMSET_ERR
+[[nodiscard]] VexaStatus setBytes(Target device, unsigned char value, Extent2D extent, Stream stream);
 /// @}
 
 /// @name Streams

@@ -113,4 +113,10 @@ VexaStatus copyOnDevice(Target to, Source from, Extent2D extent, Stream stream)
     return copyRows(to, from, extent, cudaMemcpyDeviceToDevice, VEXA_MEMCPY_D2D_ERROR, stream);
 }
 
+VexaStatus setBytes(Target device, unsigned char value, Extent2D extent, Stream stream)
+{
+    return answer(cudaMemset2DAsync(device.first, device.pitch, value, extent.rowBytes, extent.rows, stream),
+                  VEXA_MEMSET_ERR);
+}
+
 }  // namespace vexa::platform

@@ -1,5 +1,5 @@
 /// @file
-/// Copies of the host platform. All are done when they return, those on a stream too.
+/// Copies and fills of the host platform. All are done when they return, those on a stream too.
 
 #include <cstring>
 #include <limits>
@@ -130,6 +130,19 @@ VexaStatus copyOnDevice(Target to, Source from, Extent2D extent)
 VexaStatus copyOnDevice(Target to, Source from, Extent2D extent, Stream /*stream*/)
 {
     return copyOnDevice(to, from, extent);
+}
+
+VexaStatus setBytes(Target device, unsigned char value, Extent2D extent, Stream /*stream*/)
+{
+    if (fault::strikes(fault::Call::setBytes)) return VEXA_MEMSET_ERR;
+    if (isEmpty(extent)) return VEXA_SUCCESS;
+    if (!fitsAllocation(device, extent)) return VEXA_MEMSET_ERR;
+    const auto setRows = [=](std::size_t begin, std::size_t end) {
+        for (std::size_t y = begin; y < end; ++y)
+            std::memset(static_cast<char*>(device.first) + y * device.pitch, value, extent.rowBytes);
+    };
+    parallelRanges(extent.rows, extent.rowBytes, setRows);
+    return VEXA_SUCCESS;
 }
 
 }  // namespace vexa::platform

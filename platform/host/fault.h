@@ -12,6 +12,7 @@ enum class Call {
     copyToDevice,
     copyToHost,
     copyOnDevice,
+    setBytes,
     createStream,
     destroyStream,
     describeDevice,
