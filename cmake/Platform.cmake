@@ -42,7 +42,7 @@ if(VEXA_PLATFORM_NAME STREQUAL "cuda")
     find_package(CUDAToolkit REQUIRED)
     # One CUDA runtime for the library and its callers, who may launch its kernels themselves.
     set(CMAKE_CUDA_RUNTIME_LIBRARY Shared)
-    set(VEXA_PLATFORM_LIBRARIES CUDA::cudart)
+    set(VEXA_PLATFORM_LIBRARIES CUDA::cudart CUDA::curand)
 else()
     set(VEXA_PLATFORM_IS_CUDA OFF)
     find_package(TBB REQUIRED)

@@ -613,6 +613,13 @@ VexaStatus VexaImage::convertTo(VexaImage& dst, Vexa32s depth, Vexa32f scale, Ve
     return convertTo(dst, type, scale, offset, stream);
 }
 
+VexaImage VexaImage::operator[](Vexa32s channel) const
+{
+    VexaImage result;
+    (void)vexa::dataExchange::getChannel(*this, result, channel);
+    return result;
+}
+
 VexaStatus VexaImage::show(const std::string& /*name*/, Vexa32s /*wait*/) const
 {
     return VEXA_SUCCESS;

@@ -69,6 +69,10 @@ struct Extent2D {
 [[nodiscard]] VexaStatus setBytes(Target device, unsigned char value, Extent2D extent, Stream stream);
 /// @}
 
+/// Uniformly distributed random floats in device memory, above 0 and at most 1, the same for the same count.
+/// VEXA_INTERNAL_FUNCTION_CALL_ERROR
+[[nodiscard]] VexaStatus uniform(float* values, std::size_t count, Stream stream);
+
 /// @name Streams
 /// @{
 

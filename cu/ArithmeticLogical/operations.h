@@ -16,7 +16,20 @@ inline constexpr int add = 0;
 inline constexpr int subtract = 1;
 inline constexpr int multiply = 2;
 inline constexpr int divide = 3;
+inline constexpr int bitAnd = 4;
+inline constexpr int bitOr = 5;
+inline constexpr int bitXor = 6;
+inline constexpr int power = 8;
 inline constexpr int absDiff = 9;
+inline constexpr int shiftLeft = 10;
+inline constexpr int shiftRight = 11;
+inline constexpr int exponential = 12;
+inline constexpr int abs = 13;
+inline constexpr int squareRoot = 14;
+inline constexpr int cubeRoot = 15;
+inline constexpr int floor = 20;
+inline constexpr int ceil = 21;
+inline constexpr int round = 22;
 
 }  // namespace operation
 
@@ -34,6 +47,39 @@ VEXA_DEVICE float combine(float a, float b)
         return a * reciprocal(b);
     else if constexpr (op == operation::absDiff)
         return fabsf(a - b);
+    else if constexpr (op == operation::power)
+        return exp2(b * log2(a));
+}
+
+/// The cube root: a first guess by logarithm, one step of Newton's iteration.
+VEXA_DEVICE float cubeRoot(float x)
+{
+    constexpr float third = 0.333333343F;
+    const float magnitude = fabsf(x);
+    const float guess = exp2(log2(magnitude) * third);
+    const float root = guess - (guess - magnitude * reciprocal(guess * guess)) * third;
+    const float withSign = x < 0.0F ? -root : root;
+    // Only zero and the infinities equal their double; they are their own roots.
+    const float twice = x + x;
+    return twice == x ? twice : withSign;
+}
+
+/// A function of one element, in 32-bit float.
+template <int op>
+VEXA_DEVICE float apply(float a)
+{
+    if constexpr (op == operation::exponential)
+        return exp2(a * 1.442695022F);
+    else if constexpr (op == operation::squareRoot)
+        return squareRoot(a);
+    else if constexpr (op == operation::cubeRoot)
+        return cubeRoot(a);
+    else if constexpr (op == operation::floor)
+        return floorf(a);
+    else if constexpr (op == operation::ceil)
+        return ceilf(a);
+    else if constexpr (op == operation::round)
+        return roundToEven(a);
 }
 
 /// Whether integer arithmetic in D gives what the float rule gives for elements A and B: D holds both, and the result

@@ -1,9 +1,11 @@
 /// @file
-/// What a launch passes of images and streams.
+/// What a launch passes of images, constants and streams.
 
 #pragma once
 
 #include <algorithm>
+#include <limits>
+#include <type_traits>
 
 #include "layout.h"
 #include "platform.h"
@@ -41,6 +43,26 @@ inline int rowsInside(const VexaImage& image, const VexaImage& layout)
 {
     const long long rowBytes = static_cast<long long>(elementsOf(layout)) * (layout.depth() / 8);
     return rowsInside(image, layout.height(), rowBytes, layout.pitch());
+}
+
+/// A constant as an element: saturated to the range of an integer type and truncated, a NaN as 0.
+template <typename T>
+T saturated(double value)
+{
+    if constexpr (std::is_integral_v<T>)
+        return __vexaSaturate<double, T>(value, std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
+    else
+        return static_cast<T>(value);
+}
+
+/// A constant as an element: truncated to an unsigned 32-bit integer, of which an integer type takes the low bits.
+template <typename T>
+T lowBits(double value)
+{
+    if constexpr (std::is_integral_v<T>)
+        return static_cast<T>(saturated<unsigned>(value));
+    else
+        return static_cast<T>(value);
 }
 
 }  // namespace vexa

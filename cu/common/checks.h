@@ -28,11 +28,17 @@ namespace same {
 
 inline constexpr Comparison width{[](const VexaImage& a, const VexaImage& b) { return a.width() == b.width(); }};
 inline constexpr Comparison height{[](const VexaImage& a, const VexaImage& b) { return a.height() == b.height(); }};
+inline constexpr Comparison depth{[](const VexaImage& a, const VexaImage& b) { return a.depth() == b.depth(); }};
 inline constexpr Comparison channels{
     [](const VexaImage& a, const VexaImage& b) { return a.channels() == b.channels(); }};
 inline constexpr Comparison type{[](const VexaImage& a, const VexaImage& b) { return a.type() == b.type(); }};
 
 }  // namespace same
+
+/// The image has 1 or 3 channels of 32-bit floats, whatever the model.
+inline constexpr Comparison isFloat{[](const VexaImage& image, const VexaImage& /*model*/) {
+    return image.type() == VEXA_32FC1 || image.type() == VEXA_32FC3;
+}};
 
 /// The image must agree with the model in all these properties, compared in this order.
 [[nodiscard]] inline VexaStatus match(const VexaImage& image, const VexaImage& model,

@@ -24,6 +24,23 @@ struct Plane {
     VEXA_DEVICE T* row(int y) const { return pixels + static_cast<std::ptrdiff_t>(y) * pitch; }
 };
 
+/// A source of mapElements that gives each channel one value, the same for all pixels. One value for all channels has
+/// N = 1.
+template <typename T, int N>
+struct PerChannel {
+    T values[N];
+};
+
+/// A rectangle of an image, its right and bottom ends excluded.
+struct Interior {
+    int left;
+    int right;
+    int top;
+    int bottom;
+
+    VEXA_DEVICE bool contains(int x, int y) const { return x >= left && x < right && y >= top && y < bottom; }
+};
+
 /// How many threads a launch wants in each direction; the host needs none.
 struct Extent {
     int width;

@@ -77,10 +77,39 @@ VEXA_DEVICE bool isAligned(Plane<T> plane)
     return (address | static_cast<std::uintptr_t>(plane.pitch) * sizeof(T)) % bytes == 0;
 }
 
-template <int V, typename T>
-VEXA_DEVICE Pack<T, V> loadPack(const T* from)
+/// Values per channel stay in registers.
+template <int V, typename T, int N>
+VEXA_DEVICE bool isAligned(const PerChannel<T, N>& /*constants*/)
 {
-    return *reinterpret_cast<const Pack<T, V>*>(from);
+    return true;
+}
+
+/// V elements from column x of row y on.
+template <int V, typename T>
+VEXA_DEVICE Pack<T, V> loadPack(Plane<T> plane, int y, unsigned x)
+{
+    return *reinterpret_cast<const Pack<T, V>*>(plane.row(y) + x);
+}
+
+template <int V, typename T, int N>
+VEXA_DEVICE Pack<T, V> loadPack(const PerChannel<T, N>& constants, int /*y*/, unsigned x)
+{
+    Pack<T, V> pack;
+#pragma unroll
+    for (unsigned i = 0; i < V; ++i) pack.lane[i] = constants.values[(x + i) % N];
+    return pack;
+}
+
+template <typename T>
+VEXA_DEVICE T loadElement(Plane<T> plane, int y, unsigned x)
+{
+    return plane.row(y)[x];
+}
+
+template <typename T, int N>
+VEXA_DEVICE T loadElement(const PerChannel<T, N>& constants, int /*y*/, unsigned x)
+{
+    return constants.values[x % N];
 }
 
 template <int V, typename D, typename Op, typename... S>
@@ -92,15 +121,29 @@ VEXA_DEVICE void mapPacks(D* to, const Op& op, Pack<S, V>... from)
     *reinterpret_cast<Pack<D, V>*>(to) = result;
 }
 
-template <int V, typename D, typename Op, typename... S>
-VEXA_DEVICE void mapRun(bool aligned, unsigned count, D* to, const Op& op, const S*... from)
+/// The elements of row y from column x on, V of them or what is left of `elements`.
+template <int V, typename D, typename Op, typename... Source>
+VEXA_DEVICE void mapRun(bool aligned, int y, unsigned x, unsigned elements, Plane<D> dst, const Op& op,
+                        const Source&... src)
 {
+    D* const to = dst.row(y) + x;
+    const unsigned count = elements - x;
     if (aligned && count >= V) {
-        mapPacks<V>(to, op, loadPack<V>(from)...);
+        mapPacks<V>(to, op, loadPack<V>(src, y, x)...);
         return;
     }
-    for (unsigned i = 0; i < V && i < count; ++i) to[i] = op(from[i]...);
+    for (unsigned i = 0; i < V && i < count; ++i) to[i] = op(loadElement(src, y, x + i)...);
 }
+
+/// Bytes of an element that a source loads from memory.
+template <typename Source>
+inline constexpr std::size_t loadedBytes = 0;
+template <typename T>
+inline constexpr std::size_t loadedBytes<Plane<T>> = sizeof(T);
+
+/// Elements that a thread handles at a time, as elementsPerThread counts them.
+template <typename D, typename... Source>
+inline constexpr int packSize = 16 / static_cast<int>(std::max({sizeof(D), loadedBytes<Source>...}));
 
 }  // namespace detail
 
@@ -113,18 +156,26 @@ VEXA_DEVICE void forEachPixel(int width, int height, const Rule& rule)
             rule(static_cast<int>(x), static_cast<int>(y));
 }
 
-/// dst = op(src...) for every element of C-channel pixels, 16 bytes of the widest type a thread.
-template <int C, typename D, typename Op, typename... S>
-VEXA_DEVICE void mapElements(int width, int height, Plane<D> dst, const Op& op, Plane<S>... src)
+/// dst = op(src...) for every element of C-channel pixels, 16 bytes of the widest type a thread. A source is a Plane or
+/// PerChannel.
+template <int C, typename D, typename Op, typename... Source>
+VEXA_DEVICE void mapElements(int width, int height, Plane<D> dst, const Op& op, const Source&... src)
 {
-    constexpr int V = elementsPerThread<D, S...>;
+    constexpr int V = detail::packSize<D, Source...>;
     const bool aligned = detail::isAligned<V>(dst) && (detail::isAligned<V>(src) && ...);
     const unsigned elements = detail::atLeastZero(width) * C;
-    for (unsigned y = detail::firstRow(); y < detail::atLeastZero(height); y += detail::rowStride()) {
-        const int line = static_cast<int>(y);
+    for (unsigned y = detail::firstRow(); y < detail::atLeastZero(height); y += detail::rowStride())
         for (unsigned x = V * detail::firstColumn(); x < elements; x += V * detail::columnStride())
-            detail::mapRun<V>(aligned, elements - x, dst.row(line) + x, op, (src.row(line) + x)...);
-    }
+            detail::mapRun<V>(aligned, static_cast<int>(y), x, elements, dst, op, src...);
+}
+
+/// rule(x, y) for every pixel outside the interior.
+template <typename Rule>
+VEXA_DEVICE void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)
+{
+    forEachPixel(width, height, [&](int x, int y) {
+        if (!interior.contains(x, y)) rule(x, y);
+    });
 }
 
 /// One block of threads that share memory.

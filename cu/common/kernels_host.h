@@ -33,23 +33,127 @@ inline void forEachPixel(int width, int height, const Rule& rule)
                              });
 }
 
-/// dst = op(src...) for every element of C-channel pixels.
-template <int C, typename D, typename Op, typename... S>
-inline void mapElements(int width, int height, Plane<D> dst, const Op& op, Plane<S>... src)
+namespace detail {
+
+/// Pixels after which values per channel repeat in memory, so that they load like elements.
+constexpr int pixelsPerPattern = 256;
+
+/// A source as the inner loop reads it: from(y, x) is what it indexes from there on.
+template <typename T>
+struct PlaneReader {
+    explicit PlaneReader(Plane<T> plane) : plane(plane) {}
+    const T* from(int y, int x) const { return plane.row(y) + x; }
+
+    Plane<T> plane;
+};
+
+/// One value for all channels stays in a register.
+template <typename T>
+struct Uniform {
+    T value;
+    T operator[](int /*x*/) const { return value; }
+};
+
+template <typename T>
+struct UniformReader {
+    explicit UniformReader(const PerChannel<T, 1>& constants) : uniform{constants.values[0]} {}
+    Uniform<T> from(int /*y*/, int /*x*/) const { return uniform; }
+
+    Uniform<T> uniform;
+};
+
+template <typename T, int N>
+struct PatternReader {
+    explicit PatternReader(const PerChannel<T, N>& constants)
+    {
+        for (int i = 0; i < pixelsPerPattern * N; ++i) pattern[i] = constants.values[i % N];
+    }
+    const T* from(int /*y*/, int /*x*/) const { return pattern; }
+
+    T pattern[pixelsPerPattern * N];
+};
+
+/// For each kind of source its reader, whether it is a pattern, and the bytes of an element that come from memory.
+template <typename Source>
+struct SourceTraits;
+
+template <typename T>
+struct SourceTraits<Plane<T>> {
+    using Reader = PlaneReader<T>;
+    static constexpr bool isPattern = false;
+    static constexpr std::size_t loadedBytes = sizeof(T);
+};
+
+template <typename T, int N>
+struct SourceTraits<PerChannel<T, N>> {
+    using Reader = std::conditional_t<N == 1, UniformReader<T>, PatternReader<T, N>>;
+    static constexpr bool isPattern = N > 1;
+    static constexpr std::size_t loadedBytes = 0;
+};
+
+template <typename D, typename Op, typename... From>
+inline void mapRun(int count, D* to, const Op& op, const From&... from)
+{
+#pragma omp simd
+    for (int x = 0; x < count; ++x) to[x] = op(from[x]...);
+}
+
+/// Rows in runs of at most `run` elements.
+template <typename D, typename Op, typename... Reader>
+inline void mapRows(std::size_t begin, std::size_t end, int elements, int run, Plane<D> dst, const Op& op,
+                    const Reader&... readers)
+{
+    for (std::size_t row = begin; row < end; ++row) {
+        const int y = static_cast<int>(row);
+        for (int x = 0; x < elements;) {
+            const int count = std::min(run, elements - x);
+            mapRun(count, dst.row(y) + x, op, readers.from(y, x)...);
+            x += count;
+        }
+    }
+}
+
+}  // namespace detail
+
+/// dst = op(src...) for every element of C-channel pixels. A source is a Plane or PerChannel.
+template <int C, typename D, typename Op, typename... Source>
+inline void mapElements(int width, int height, Plane<D> dst, const Op& op, const Source&... src)
 {
     if (width < 1 || height < 1) return;
     const int elements = width * C;
-    constexpr std::size_t bytesPerElement = (sizeof(D) + ... + sizeof(S));
-    const auto mapRow = [elements](const Op& own, D* to, const S*... from) {
-#pragma omp simd
-        for (int x = 0; x < elements; ++x) to[x] = own(from[x]...);
-    };
+    constexpr bool hasPattern = (detail::SourceTraits<Source>::isPattern || ...);
+    const int run = hasPattern ? detail::pixelsPerPattern * C : elements;
+    constexpr std::size_t bytesPerElement = (sizeof(D) + ... + detail::SourceTraits<Source>::loadedBytes);
     platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(elements) * bytesPerElement,
                              [=](std::size_t begin, std::size_t end) {
                                  const Op own = op;
-                                 for (std::size_t y = begin; y < end; ++y)
-                                     mapRow(own, dst.row(static_cast<int>(y)), src.row(static_cast<int>(y))...);
+                                 detail::mapRows(begin, end, elements, run, dst, own,
+                                                 typename detail::SourceTraits<Source>::Reader(src)...);
                              });
+}
+
+/// rule(x, y) for every pixel outside the interior, row by row in runs on either side of it.
+template <typename Rule>
+inline void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)
+{
+    if (width < 1 || height < 1) return;
+    const int left = std::clamp(interior.left, 0, width);
+    const int right = std::clamp(interior.right, left, width);
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        const Rule own = rule;
+        const auto run = [&own](int from, int to, int y) {
+#pragma omp simd
+            for (int x = from; x < to; ++x) own(x, y);
+        };
+        for (std::size_t row = begin; row < end; ++row) {
+            const int y = static_cast<int>(row);
+            const bool crosses = y >= interior.top && y < interior.bottom;
+            run(0, crosses ? left : width, y);
+            if (crosses) run(right, width, y);
+        }
+    };
+    const int perRow = interior.top < interior.bottom ? width - (right - left) : width;
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(perRow) * 4, body);
 }
 
 /// One block of threads that share memory.
