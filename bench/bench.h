@@ -27,6 +27,9 @@ struct Benchmark {
 /// The benchmarks of one family for images of this size. Results of operation and opponent are compared while the
 /// benchmarks are made; a difference ends the program.
 std::vector<Benchmark> arithmeticBenchmarks(VexaSize size);
+std::vector<Benchmark> logicBenchmarks(VexaSize size);
+std::vector<Benchmark> mathBenchmarks(VexaSize size);
 std::vector<Benchmark> conversionBenchmarks(VexaSize size);
+std::vector<Benchmark> fillBenchmarks(VexaSize size);
 
 }  // namespace bench

@@ -24,18 +24,15 @@ const Conversion conversions[] = {
     {VEXA_32FC1, VEXA_8UC1, 0.5F, 0.0F},        {VEXA_32FC3, VEXA_8UC3, 0.5F, 0.0F},
     {VEXA_32FC1, VEXA_16UC1, 128.0F, 0.0F},     {VEXA_16UC1, VEXA_8UC1, 1 / 257.0F, 0.0F}};
 
-Benchmark makeConvertScale(const Conversion& conversion, VexaSize size)
+Case convertScale(const Conversion& conversion)
 {
-    const Shared src = noise(conversion.src, size, 1);
-    const Shared result = blank(conversion.dst, size, 1);
-    const Shared expected = blank(conversion.dst, size, 2);
-    const std::string name = "convertScale to " + nameOf(conversion.dst);
-    const Work vexa = [=] { (void)de::convertScale(*src, *result, conversion.scale, conversion.offset); };
-    const Peer peer = peerOf({"convertScale", {src}, expected, {conversion.scale, conversion.offset}});
+    const auto call = [=](const std::vector<Shared>& src, VexaImage& dst) {
+        return de::convertScale(*src[0], dst, conversion.scale, conversion.offset);
+    };
     // The opponent rounds where the library truncates.
-    compare(vexa, peer.work, *result, *expected, 1, name);
-    const double bytes = bytesOf(conversion.src, size) + bytesOf(conversion.dst, size);
-    return {name, conversion.src, size, bytes, vexa, peer.work, peer.name};
+    constexpr double rounding = 1;
+    return {"convertScale to " + nameOf(conversion.dst), "convertScale", {conversion.src}, conversion.dst, call,
+            {conversion.scale, conversion.offset},       rounding};
 }
 
 Benchmark makeBitConversion(VexaType from, int fromBits, VexaType to, int toBits, VexaSize size)
@@ -59,7 +56,7 @@ Benchmark makeBitConversion(VexaType from, int fromBits, VexaType to, int toBits
 std::vector<Benchmark> conversionBenchmarks(VexaSize size)
 {
     std::vector<Benchmark> benchmarks;
-    for (const Conversion& conversion : conversions) benchmarks.push_back(makeConvertScale(conversion, size));
+    for (const Conversion& conversion : conversions) benchmarks.push_back(pair(convertScale(conversion), size));
     benchmarks.push_back(makeBitConversion(VEXA_16UC1, 12, VEXA_8UC1, 8, size));
     benchmarks.push_back(makeBitConversion(VEXA_8UC1, 8, VEXA_16UC1, 12, size));
     benchmarks.push_back(makeBitConversion(VEXA_16UC1, 10, VEXA_16UC1, 12, size));

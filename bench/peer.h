@@ -25,4 +25,18 @@ struct Peer {
 /// The opponent of a call. It writes to `dst`.
 Peer peerOf(const Call& call);
 
+/// An operation on images of these types and its parameters, the same for the library and the opponent.
+struct Case {
+    std::string name;
+    std::string opponent;  ///< the operation of its Call
+    std::vector<VexaType> sources;
+    VexaType dst;
+    std::function<VexaStatus(const std::vector<Shared>& sources, VexaImage& dst)> call;
+    std::vector<double> parameters = {};
+    double tolerance = 0;  ///< negative if the results can't be compared
+};
+
+/// The benchmark of a case on noise, or on the sources given.
+Benchmark pair(const Case& pairing, VexaSize size, std::vector<Shared> sources = {});
+
 }  // namespace bench

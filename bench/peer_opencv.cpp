@@ -17,6 +17,11 @@ struct Opponent {
     void (*call)(const Mats& src, cv::Mat& dst, const Parameters& parameters);
 };
 
+cv::Scalar scalar(const Parameters& parameters, std::size_t first = 0)
+{
+    return {parameters[first], parameters[first + 1], parameters[first + 2]};
+}
+
 const Opponent opponents[] = {
     {"add", "cv::add",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
@@ -32,6 +37,57 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::divide(src[0], src[1], dst, 1.0, dst.depth()); }},
     {"absDiff", "cv::absdiff",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::absdiff(src[0], src[1], dst); }},
+    {"add constant", "cv::add",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::add(src[0], cv::Scalar::all(parameters[0]), dst, cv::noArray(), dst.depth());
+     }},
+    {"add scalar", "cv::add",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) { cv::add(src[0], scalar(parameters), dst); }},
+    {"constant minus", "cv::subtract",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::subtract(cv::Scalar::all(parameters[0]), src[0], dst);
+     }},
+    {"multiply constant", "cv::Mat::convertTo",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         src[0].convertTo(dst, dst.depth(), parameters[0]);
+     }},
+    {"multiply scalar", "cv::multiply",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::multiply(src[0], scalar(parameters), dst);
+     }},
+    {"constant over", "cv::divide",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) { cv::divide(parameters[0], src[0], dst); }},
+    {"AND", "cv::bitwise_and",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::bitwise_and(src[0], src[1], dst); }},
+    {"XOR", "cv::bitwise_xor",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::bitwise_xor(src[0], src[1], dst); }},
+    {"OR constant", "cv::bitwise_or",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::bitwise_or(src[0], cv::Scalar::all(parameters[0]), dst);
+     }},
+    {"abs", "cv::absdiff",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::absdiff(src[0], cv::Scalar::all(0), dst); }},
+    {"exp", "cv::exp", [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::exp(src[0], dst); }},
+    {"sqrt", "cv::sqrt", [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::sqrt(src[0], dst); }},
+    {"pow", "cv::pow",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) { cv::pow(src[0], parameters[0], dst); }},
+    {"set", "cv::Mat::setTo",
+     [](const Mats&, cv::Mat& dst, const Parameters& parameters) { dst.setTo(scalar(parameters)); }},
+    {"threshold", "cv::max, cv::min",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::max(src[0], scalar(parameters), dst);
+         cv::min(dst, scalar(parameters, 3), dst);
+     }},
+    {"padImage", "cv::copyMakeBorder",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         const int margin = static_cast<int>(parameters[0]);
+         cv::copyMakeBorder(src[0], dst, margin, margin, margin, margin, cv::BORDER_CONSTANT, scalar(parameters, 1));
+     }},
+    {"getChannel", "cv::extractChannel",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::extractChannel(src[0], dst, static_cast<int>(parameters[0]));
+     }},
+    {"random", "cv::randu", [](const Mats&, cv::Mat& dst, const Parameters&) { cv::randu(dst, 0, 1); }},
     {"NOT", "cv::bitwise_not", [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::bitwise_not(src[0], dst); }},
     {"convertScale", "cv::Mat::convertTo",
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {

@@ -1,6 +1,5 @@
 /// @file
-/// Operators on images. Each is one operation on the default stream, its status dropped: a result is what the operation
-/// left of it.
+/// Operators on images. Each is one operation on the default stream, its status dropped.
 
 #include "vexaOperators.h"
 
@@ -27,13 +26,14 @@ Result resultOf(const VexaScalar& values, const VexaImage& image)
     return values.isInteger() ? empty : floats(image);
 }
 
-/// operation(result) into a new image, which is returned without a copy.
+/// operation(result) into a new image, which is returned without a copy: empty if the operation failed.
 template <typename Operation>
 VexaImage make(Result before, const Operation& operation)
 {
     VexaImage result;
     if (before.floatsLike != nullptr) (void)result.create(before.floatsLike->size(), 32, before.floatsLike->channels());
-    (void)operation(result);
+    // What a refused operation has already created goes; floats stay, with undefined pixels.
+    if (operation(result) != VEXA_SUCCESS && before.floatsLike == nullptr) (void)result.release();
     return result;
 }
 

@@ -25,6 +25,22 @@ VEXA_KERNEL test_mix(A* a, B* b, D* dst, int width, int height, int pitchA, int 
         Plane<A>{a, pitchA}, Plane<B>{b, pitchB});
 }
 
+VEXA_KERNEL test_mixWithConstants(u8* a, u16* dst, int width, int height, int pitchA, int pitchD,
+                                  PerChannel<u16, 3> channels, PerChannel<float, 1> all)
+{
+    mapElements<3>(
+        width, height, Plane<u16>{dst, pitchD},
+        [](u8 first, u16 channel, float factor) {
+            return static_cast<u16>(first * static_cast<int>(factor) + channel);
+        },
+        Plane<u8>{a, pitchA}, channels, all);
+}
+
+VEXA_KERNEL test_visitOutside(int* visits, Interior interior, int width, int height, int pitch)
+{
+    forEachPixelOutside(interior, width, height, [=](int x, int y) { visits[y * pitch + x] += 1; });
+}
+
 struct PartialSums {
     int of[blockSide * blockSide];
 };
@@ -135,6 +151,45 @@ TEST(MapElements, MapsEveryElementWhateverAlignmentPitchAndSize)
     expectMixes<3, u8, u16, f32>();
     expectMixes<3, f32, u8, u8>();
     expectMixes<4, u16, u16, u16>();
+}
+
+TEST(MapElements, GivesEachChannelItsConstant)
+{
+    for (const VexaSize& size : sizes())
+        for (const int shift : {0, 1}) {
+            const Layout a{3 * size.width, size.height, shift, 5};
+            const Layout dst{3 * size.width, size.height, 2 * shift, 11};
+            const DeviceArray<u8> src(a.count(), 7);
+            const DeviceArray<u16> result(dst.count(), 9);
+            launch(test_mixWithConstants, elementExtent<3, u8, u16>(size.width, size.height), nullptr,
+                   src.ptr() + a.shift, result.ptr() + dst.shift, size.width, size.height, a.pitch(), dst.pitch(),
+                   PerChannel<u16, 3>{{1000, 2000, 3000}}, PerChannel<float, 1>{{10}});
+            const std::vector<u16> elements = result.download();
+            int x = 0;
+            int y = 0;
+            for (std::size_t i = 0; i < elements.size(); ++i)
+                ASSERT_EQ(elements[i], dst.contains(i, x, y) ? 70 + 1000 * (x % 3 + 1) : 9) << "at " << i;
+        }
+}
+
+TEST(ForEachPixelOutside, LeavesTheInteriorAlone)
+{
+    const VexaSize size(37, 20);
+    const Interior interiors[] = {{3, 30, 2, 15},  {0, 37, 0, 20},  {-5, 40, 4, 9},      {36, 37, 19, 20},
+                                  {30, 3, 2, 15},  {3, 30, 15, 2},  {-9, -2, 0, 20},     {40, 50, 0, 20},
+                                  {3, 99, -4, 40}, {10, 10, 5, 10}, {-100, 100, 21, 50}, {0, 1, 0, 1}};
+    for (const Interior& interior : interiors) {
+        const DeviceArray<int> visits(740, 0);
+        launch(test_visitOutside, {size.width, size.height}, nullptr, visits.ptr(), interior, size.width, size.height,
+               size.width);
+        const std::vector<int> result = visits.download();
+        for (int i = 0; i < 740; ++i) {
+            const int x = i % size.width;
+            const int y = i / size.width;
+            const bool inside = x >= interior.left && x < interior.right && y >= interior.top && y < interior.bottom;
+            ASSERT_EQ(result[static_cast<std::size_t>(i)], inside ? 0 : 1) << x << ", " << y;
+        }
+    }
 }
 
 TEST(ForEachBlock, SharesMemoryAcrossPhases)

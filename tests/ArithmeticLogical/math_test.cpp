@@ -1,0 +1,221 @@
+/// @file
+/// abs, exp, sqrt, cbrt, pow and rounding against the standard library in double. The tolerances hold for the
+/// approximations of a graphics processor.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "images.h"
+
+namespace {
+
+using namespace kit;
+namespace al = vexa::arithmeticLogical;
+
+const VexaStream stream(false);
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr double largest = std::numeric_limits<float>::max();
+constexpr double smallest = std::numeric_limits<float>::min();
+
+using Call = std::function<VexaStatus(const VexaImage&, VexaImage&, const VexaStream&)>;
+
+struct Function {
+    std::string name;
+    Call call;
+    std::function<double(double)> exact;
+    std::function<double(double)> tolerance;  // relative
+};
+
+Call power(double n)
+{
+    return [n](const VexaImage& src, VexaImage& dst, const VexaStream& s) { return al::pow(src, n, dst, s); };
+}
+
+/// Of 2^(n * log2(x)): the logarithm is off by 2^-22 at least, times the power.
+double ofPower(double n, double x)
+{
+    return 0x1p-21 + std::fabs(n) * (1 + std::fabs(std::log2(std::max(x, smallest)))) * 0x1p-22;
+}
+
+VexaStatus when(bool supported)
+{
+    return supported ? VEXA_SUCCESS : VEXA_NOT_SUPPORTED_MODE_ERROR;
+}
+
+std::vector<Function> approximations()
+{
+    const auto fewUnits = [](double) { return 0x1p-21; };
+    const auto ofExponent = [](double x) { return 0x1p-21 + std::fabs(x / std::log(2.0)) * 0x1p-23; };
+    std::vector<Function> all = {{"exp", al::exp, [](double x) { return std::exp(x); }, ofExponent},
+                                 {"sqrt", al::sqrt, [](double x) { return std::sqrt(x); }, fewUnits},
+                                 {"cbrt", al::cbrt, [](double x) { return std::cbrt(x); }, fewUnits}};
+    for (const double n : {0.5, 1.0, 2.5, 16.0, -1.0, -16.0, 1 / 3.0})
+        all.push_back({"power " + std::to_string(n), power(n), [n](double x) { return std::exp2(n * std::log2(x)); },
+                       [n](double x) { return ofPower(n, x); }});
+    return all;
+}
+
+const auto none = [](double) { return 0.0; };
+const Function absolute = {"abs", al::abs, [](double x) { return std::fabs(x); }, none};
+const Function roundings[] = {{"floor", al::floor, [](double x) { return std::floor(x); }, none},
+                              {"ceil", al::ceil, [](double x) { return std::ceil(x); }, none},
+                              {"round", al::round, [](double x) { return std::nearbyint(x); }, none}};
+
+/// Whether a float is close to an exact value, which may lie past the ends of the range of normal floats.
+bool isClose(double result, double exact, double tolerance)
+{
+    const double magnitude = std::fabs(exact);
+    if (std::isnan(exact)) return std::isnan(result);
+    if (std::isinf(result)) return magnitude * (1 + tolerance) > largest && std::signbit(result) == std::signbit(exact);
+    return magnitude * (1 - tolerance) <= largest && std::fabs(result - exact) <= magnitude * tolerance + smallest;
+}
+
+template <typename S, typename D>
+void expectClose(const Function& function, const VexaImage& src)
+{
+    VexaImage dst(src.size(), formatOf<D>(src.channels()));
+    fillBuffer(dst, 0xA5);
+    ASSERT_EQ(function.call(src, dst, stream), VEXA_SUCCESS);
+    const std::vector<S> x = download<S>(src);
+    const std::vector<D> y = download<D>(dst);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const auto value = static_cast<double>(x[i]);
+        const double exact = function.exact(value);
+        ASSERT_TRUE(isClose(static_cast<double>(y[i]), exact, function.tolerance(value)))
+            << function.name << " of " << value << " gives " << y[i] << " for " << exact;
+    }
+    expectGaps(dst, 0xA5);
+}
+
+template <typename T>
+void expectAll(const VexaImage& src)
+{
+    for (const Function& function : approximations()) expectClose<T, f32>(function, src);
+    expectClose<T, T>(absolute, src);
+    if constexpr (sizeof(T) == 4)
+        for (const Function& function : roundings) expectClose<f32, f32>(function, src);
+}
+
+TEST(Math, AgreesWithDouble)
+{
+    std::vector<u8> bytes;
+    for (int i = 0; i < 256; ++i) bytes.push_back(static_cast<u8>(i));
+    expectAll<u8>(rowOf<u8>(bytes));
+    expectAll<u16>(rowOf<u16>({0, 1, 88, 89, 255, 256, 4096, 32767, 32768, 65534, 65535}));
+    std::vector<f32> floats;  // all magnitudes, three to an octave
+    for (double x = 0x1p-125; x < 0x1p127; x *= std::cbrt(2.0))
+        for (const double sign : {1, -1}) floats.push_back(static_cast<f32>(sign * x));
+    expectAll<f32>(rowOf<f32>(floats));
+    for (const VexaSize& size : edgeSizes())
+        for (const int channels : {1, 3}) {
+            expectAll<u8>(noise<u8>(size, channels, 1));
+            expectAll<u16>(noise<u16>(size, channels, 1));
+            expectAll<f32>(noise<f32>(size, channels, 1));
+        }
+}
+
+/// Results that no approximation may change, the signs of zeros among them.
+TEST(Math, SpecialValues)
+{
+    constexpr float denormal = std::numeric_limits<float>::min() / 4;
+    struct Row {
+        const char* name;
+        Call call;
+        std::vector<f32> elements, expected;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"exp", al::exp, {0, 200, -200, infinity, -infinity, nan}, {1, infinity, 0, infinity, 0, nan}},
+        {"sqrt", al::sqrt, {0, -0.0F, -1, infinity, -infinity, nan, denormal}, {0, -0.0F, nan, infinity, nan, nan, 0}},
+        {"cbrt", al::cbrt, {0, -0.0F, infinity, -infinity, nan, denormal}, {0, -0.0F, infinity, -infinity, nan, 0}},
+        {"abs", al::abs, {-0.0F, -2.5F, 2.5F, -infinity, nan, -3e38F}, {0, 2.5F, 2.5F, infinity, nan, 3e38F}},
+        {"floor", al::floor, {2.5F, -0.5F, -0.0F, -1e30F, infinity, nan}, {2, -1, -0.0F, -1e30F, infinity, nan}},
+        {"ceil", al::ceil, {2.5F, -0.5F, 8388607.5F, -infinity, nan}, {3, -0.0F, 8388608, -infinity, nan}},
+        {"round", al::round, {2.5F, 3.5F, -0.5F, 0.49999997F, 8388609, infinity, nan},
+                             {2, 4, -0.0F, 0, 8388609, infinity, nan}},
+        {"pow 2", power(2), {0, -0.0F, -1, -infinity, infinity, nan, 1e30F, 1e-30F},
+                            {0, 0, nan, nan, infinity, nan, infinity, 0}},
+        {"pow -1", power(-1), {0, infinity, -8}, {infinity, 0, nan}},
+        {"pow 0", power(0), {0, infinity, 5, 0.001F, -5}, {nan, nan, 1, 1, nan}},
+        {"pow inf", power(static_cast<double>(infinity)), {2, 0.5F}, {infinity, 0}},
+        {"pow nan", power(static_cast<double>(nan)), {2}, {nan}},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        VexaImage dst;
+        ASSERT_EQ(row.call(rowOf<f32>(row.elements), dst, stream), VEXA_SUCCESS);
+        const std::vector<f32> results = download<f32>(dst);
+        for (std::size_t i = 0; i < row.expected.size(); ++i) {
+            const f32 expected = row.expected[i];
+            const bool equal = results[i] == expected && std::signbit(results[i]) == std::signbit(expected);
+            EXPECT_TRUE(std::isnan(expected) ? std::isnan(results[i]) : equal)
+                << row.name << " of " << row.elements[i] << " gives " << results[i];
+        }
+    }
+}
+
+/// With a destination of each type and an empty one.
+TEST(Math, SupportsExactlyItsTypes)
+{
+    const auto isFloat = [](int type) { return type == VEXA_32FC1 || type == VEXA_32FC3; };
+    const auto isServed = [&](int type) {
+        return type == VEXA_8UC1 || type == VEXA_8UC3 || type == VEXA_16UC1 || type == VEXA_16UC3 || isFloat(type);
+    };
+    const auto expectCreated = [](const Function& function, int from, bool served, VexaType created) {
+        VexaImage dst;
+        EXPECT_EQ(function.call(VexaImage(), dst, stream), VEXA_IMAGE_NOT_INITIALIZED);
+        EXPECT_FALSE(dst.isInitialized());
+        EXPECT_EQ(function.call(VexaImage(5, 3, static_cast<VexaType>(from)), dst, stream), when(served)) << from;
+        EXPECT_EQ(dst.type(), created) << function.name << " creates it, even if it refuses " << from;
+    };
+    const auto expectStatus = [&](const Function& function, int from, int to, bool served) {
+        VexaImage dst(5, 3, static_cast<VexaType>(to));
+        EXPECT_EQ(function.call(VexaImage(5, 3, static_cast<VexaType>(from)), dst, stream),
+                  from % 4 != to % 4 ? VEXA_NOT_SUPPORTED_MODE_ERROR  // channels
+                  : !isFloat(to)     ? VEXA_DEPTH_NOT_SUPPORTED_ERROR
+                                     : when(served))
+            << function.name << " from " << from << " to " << to;
+    };
+    const std::vector<Function> all = approximations();
+    for (int from = VEXA_8UC1; from <= VEXA_64FC4; ++from) {
+        const auto type = static_cast<VexaType>(from);
+        for (const Function& function : all)
+            expectCreated(function, from, isServed(from), getType(32, from % 4 + 1, false));
+        for (const Function& function : roundings) expectCreated(function, from, isFloat(from), type);
+        expectCreated(absolute, from, isServed(from), type);
+        for (int to = VEXA_8UC1; to <= VEXA_64FC4; ++to) {
+            for (const Function& function : all) expectStatus(function, from, to, isServed(from));
+            for (const Function& function : roundings) expectStatus(function, from, to, isFloat(from));
+            VexaImage dst(5, 3, static_cast<VexaType>(to));
+            EXPECT_EQ(al::abs(VexaImage(5, 3, type), dst), when(from == to && isServed(from)));
+        }
+    }
+}
+
+/// abs alone compares sizes. The others compute what both images hold.
+TEST(Math, DestinationOfAnotherSize)
+{
+    const VexaImage src = constant<f32>({40, 30}, 3, 2.25F);
+    VexaImage tight(40, 30, 480, 32, 3);
+    EXPECT_EQ(al::abs(src, tight), VEXA_SUCCESS) << "by the pitch of the source, but inside";
+    for (const VexaSize& size : {VexaSize(7, 5), VexaSize(50, 20), VexaSize(20, 50), VexaSize(50, 50)}) {
+        VexaImage dst(size, VEXA_32FC3);
+        EXPECT_EQ(al::abs(src, dst), VEXA_NOT_SUPPORTED_MODE_ERROR);
+        for (const Call& call : {Call(al::exp), Call(al::sqrt), Call(al::cbrt), power(2.5), Call(al::round)}) {
+            VexaImage inPlace(src);
+            ASSERT_EQ(call(inPlace, inPlace, stream), VEXA_SUCCESS);
+            fillBuffer(dst, 0);
+            ASSERT_EQ(call(src, dst, stream), VEXA_SUCCESS);
+            const double value = inPlace.get(39, 29, 2);
+            const auto isCommon = [&](int pixel) { return pixel % size.width < 40 && pixel / size.width < 30; };
+            EXPECT_NE(value, 2.25);
+            expectElements<f32>(
+                dst, [&](auto i) { return isCommon(static_cast<int>(i) / 3) ? value : 0; }, 1e-5);
+            expectGaps(dst, 0);
+        }
+    }
+}
+
+}  // namespace
