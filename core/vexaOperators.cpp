@@ -86,7 +86,7 @@ VexaImage operator-(const VexaImage& a, const VexaImage& b)
 
 VexaImage operator-(const VexaImage& image, Vexa32s value)
 {
-    return make(empty, [&](VexaImage& result) { return al::add(image, -static_cast<Vexa64f>(value), result); });
+    return make(empty, [&](VexaImage& result) { return al::add(image, 0.0 - value, result); });
 }
 
 VexaImage operator-(const VexaImage& image, Vexa64f value)
@@ -307,7 +307,7 @@ VexaImage& VexaImage::operator-=(const VexaImage& image)
 
 VexaImage& VexaImage::operator-=(Vexa32s value)
 {
-    return *this += -static_cast<Vexa64f>(value);
+    return *this += 0.0 - value;
 }
 
 VexaImage& VexaImage::operator-=(Vexa64f value)

@@ -36,7 +36,7 @@ inline void forEachPixel(int width, int height, const Rule& rule)
 namespace detail {
 
 /// Pixels after which values per channel repeat in memory, so that they load like elements.
-constexpr int pixelsPerPattern = 256;
+constexpr int pixelsPerPattern = 512;
 
 /// A source as the inner loop reads it: from(y, x) is what it indexes from there on.
 template <typename T>
@@ -66,7 +66,8 @@ template <typename T, int N>
 struct PatternReader {
     explicit PatternReader(const PerChannel<T, N>& constants)
     {
-        for (int i = 0; i < pixelsPerPattern * N; ++i) pattern[i] = constants.values[i % N];
+        for (int pixel = 0; pixel < pixelsPerPattern; ++pixel)
+            for (int c = 0; c < N; ++c) pattern[pixel * N + c] = constants.values[c];
     }
     const T* from(int /*y*/, int /*x*/) const { return pattern; }
 
@@ -98,19 +99,24 @@ inline void mapRun(int count, D* to, const Op& op, const From&... from)
     for (int x = 0; x < count; ++x) to[x] = op(from[x]...);
 }
 
-/// Rows in runs of at most `run` elements.
+/// All rows, in runs of at most `run` elements.
 template <typename D, typename Op, typename... Reader>
-inline void mapRows(std::size_t begin, std::size_t end, int elements, int run, Plane<D> dst, const Op& op,
+inline void mapRows(int elements, int height, int run, std::size_t bytesPerElement, Plane<D> dst, const Op& op,
                     const Reader&... readers)
 {
-    for (std::size_t row = begin; row < end; ++row) {
-        const int y = static_cast<int>(row);
-        for (int x = 0; x < elements;) {
-            const int count = std::min(run, elements - x);
-            mapRun(count, dst.row(y) + x, op, readers.from(y, x)...);
-            x += count;
+    const auto body = [=, &readers...](std::size_t begin, std::size_t end) {
+        const Op own = op;
+        for (std::size_t row = begin; row < end; ++row) {
+            const int y = static_cast<int>(row);
+            for (int x = 0; x < elements;) {
+                const int count = std::min(run, elements - x);
+                mapRun(count, dst.row(y) + x, own, readers.from(y, x)...);
+                x += count;
+            }
         }
-    }
+    };
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(elements) * bytesPerElement,
+                             body);
 }
 
 }  // namespace detail
@@ -124,12 +130,8 @@ inline void mapElements(int width, int height, Plane<D> dst, const Op& op, const
     constexpr bool hasPattern = (detail::SourceTraits<Source>::isPattern || ...);
     const int run = hasPattern ? detail::pixelsPerPattern * C : elements;
     constexpr std::size_t bytesPerElement = (sizeof(D) + ... + detail::SourceTraits<Source>::loadedBytes);
-    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(elements) * bytesPerElement,
-                             [=](std::size_t begin, std::size_t end) {
-                                 const Op own = op;
-                                 detail::mapRows(begin, end, elements, run, dst, own,
-                                                 typename detail::SourceTraits<Source>::Reader(src)...);
-                             });
+    detail::mapRows(elements, height, run, bytesPerElement, dst, op,
+                    typename detail::SourceTraits<Source>::Reader(src)...);
 }
 
 /// rule(x, y) for every pixel outside the interior, row by row in runs on either side of it.

@@ -2,6 +2,7 @@
 /// padImage, threshold, and their workers.
 
 #include <algorithm>
+#include <climits>
 #include <limits>
 
 #include "images.h"
@@ -24,8 +25,8 @@ void expectPadded(int channels, const Margins& m, const std::vector<T>& border, 
     SCOPED_TRACE(::testing::Message() << m.top << " " << m.bottom << " " << m.left << " " << m.right);
     const VexaImage src = noise<T>({19, 18}, channels, 1);
     const std::vector<T> x = download<T>(src);
-    const int width = 19 + m.left + m.right;
-    VexaImage dst(width, 18 + m.top + m.bottom, src.type());
+    const int width = 19 + (m.left + m.right);
+    VexaImage dst(width, 18 + (m.top + m.bottom), src.type());
     fillBuffer(dst, 0x77);
     ASSERT_EQ(de::padImage(src, dst, m.top, m.bottom, m.left, m.right, values), VEXA_SUCCESS);
     expectElements<T>(dst, [&](auto index) {
@@ -46,7 +47,7 @@ TEST(Pad, MarginsOfAllKinds)
     const Margins margins[] = {
         {0, 0, 0, 0}, {1, 1, 1, 1}, {3, 0, 0, 0}, {0, 3, 0, 0}, {0, 0, 3, 0}, {0, 0, 0, 3}, {20, 17, 16, 33},
         {-2, 0, 0, 0}, {0, -2, 0, 0}, {0, 0, -2, 0}, {0, 0, 0, -2}, {-3, -4, -5, -6}, {-3, 4, 5, -6}, {3, -4, -5, 6},
-        {1000, -1000, 0, 0}, {0, 0, -40, 40},
+        {INT_MAX - 5, 5 - INT_MAX, 0, 0}, {0, 0, -40, 40},
     };
     // clang-format on
     for (const Margins& m : margins)
