@@ -14,8 +14,8 @@ VexaStatus vexa_rand_32f(float* pDst, Vexa32u dstWidth, Vexa32u dstHeight, Vexa3
     void* dense = nullptr;
     // No failure is told. An image that could not be filled stays as it is.
     if (platform::allocate(dense, rowBytes * dstHeight)) return VEXA_SUCCESS;
-    (void)platform::uniform(static_cast<float*>(dense), rowElements * dstHeight, internal_stream);
-    (void)platform::copyOnDevice({pDst, dstPitch}, {dense, rowBytes}, {rowBytes, dstHeight}, internal_stream);
+    if (platform::uniform(static_cast<float*>(dense), rowElements * dstHeight, internal_stream) == VEXA_SUCCESS)
+        (void)platform::copyOnDevice({pDst, dstPitch}, {dense, rowBytes}, {rowBytes, dstHeight}, internal_stream);
     (void)platform::release(dense);
     return VEXA_SUCCESS;
 }

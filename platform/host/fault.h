@@ -13,6 +13,7 @@ enum class Call {
     copyToHost,
     copyOnDevice,
     setBytes,
+    uniform,
     createStream,
     destroyStream,
     describeDevice,

@@ -48,6 +48,7 @@ float uniformOf(std::uint32_t word)
 
 VexaStatus uniform(float* values, std::size_t count, Stream /*stream*/)
 {
+    if (fault::strikes(fault::Call::uniform)) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     if (count == 0) return VEXA_SUCCESS;
     if (!isInsideAllocation(values, count * sizeof(float))) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     constexpr std::size_t bytesPerBlock = 256;

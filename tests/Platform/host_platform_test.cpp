@@ -342,6 +342,10 @@ TEST_F(Faults, OperationsWithoutDestination)
         [&](VexaImage& dst) { return vexa::arithmeticLogical::NOT(bytes, dst); },
         [&](VexaImage& dst) { return vexa::arithmeticLogical::add(bytes, bytes, dst); },
         [&](VexaImage& dst) { return vexa::dataExchange::convertScale(bytes, dst, 2, 1); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::add(bytes, VexaScalar(1, 2, 3), dst); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::XOR(bytes, bytes, dst); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::abs(bytes, dst); },
+        [&](VexaImage& dst) { return vexa::dataExchange::threshold(bytes, dst, 5, 100); },
     };
     for (const auto& operate : operations) {
         VexaImage fresh;
@@ -369,6 +373,9 @@ TEST_F(Faults, OperationsAllocateTheirDestinationAndNothingElse)
         [&](VexaImage& dst) { return vexa::arithmeticLogical::divide(bytes, bytes, dst); },
         [&](VexaImage& dst) { return vexa::arithmeticLogical::add(bytes, words, dst); },
         [&](VexaImage& dst) { return vexa::dataExchange::convertScale(bytes, dst, 2, 1); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::multiply(bytes, 0.5, dst); },
+        [&](VexaImage& dst) { return vexa::arithmeticLogical::exp(bytes, dst); },
+        [&](VexaImage& dst) { return vexa::dataExchange::getChannel(bytes, dst, 1); },
         [&](VexaImage& dst) {
             return dst.isInitialized() ? vexa::dataExchange::bitConversion(bytes, dst)
                                        : dst.create(bytes.size(), VEXA_8UC3);
@@ -381,6 +388,50 @@ TEST_F(Faults, OperationsAllocateTheirDestinationAndNothingElse)
         EXPECT_EQ(operate(dst), VEXA_SUCCESS);
         EXPECT_TRUE(fault::strikes(Call::allocate)) << "something was allocated beyond the destination";
     }
+}
+
+TEST_F(Faults, FillsTellNothing)
+{
+    VexaImage image = kit::constant<u8>({7, 5}, 1, 50);
+    fault::arm(Call::setBytes);
+    EXPECT_EQ(image.set(9.0), VEXA_SUCCESS);
+    fault::arm(Call::setBytes);
+    EXPECT_EQ(vexa::dataExchange::rectangle(image, {0, 0, 3, 3}, VexaScalar(9)), VEXA_SUCCESS);
+    EXPECT_EQ(kit::download<u8>(image), std::vector<u8>(35, 50));
+
+    VexaImage random = kit::constant<kit::f32>({7, 5}, 1, 50);
+    for (const Call call : {Call::allocate, Call::uniform, Call::copyOnDevice}) {
+        fault::arm(call);
+        EXPECT_EQ(vexa::dataExchange::generateRandomImage(random), VEXA_SUCCESS);
+        EXPECT_FALSE(fault::strikes(call)) << "not called";
+        EXPECT_EQ(kit::download<kit::f32>(random), std::vector<kit::f32>(35, 50));
+    }
+}
+
+TEST_F(Faults, PadImage)
+{
+    const VexaImage src = kit::constant<u8>({2, 2}, 1, 50);
+    const float border = 9;
+    VexaImage dst;
+    fault::arm(Call::allocate);
+    EXPECT_EQ(vexa::dataExchange::padImage(src, dst, 1, 1, 1, 1, &border), VEXA_MEMCPY_D2D_ERROR);
+    kit::expectEmpty(dst);
+    fault::arm(Call::copyOnDevice);
+    EXPECT_EQ(vexa::dataExchange::padImage(src, dst, 1, 1, 1, 1, &border), VEXA_MEMCPY_D2D_ERROR);
+    EXPECT_EQ(dst.width(), 4);
+    EXPECT_EQ(vexa::dataExchange::padImage(src, dst, 1, 1, 1, 1, &border), VEXA_SUCCESS);
+}
+
+TEST_F(Faults, OperatorsWithoutMemory)
+{
+    VexaImage image = kit::constant<u8>({7, 5}, 3, 50);
+    fault::arm(Call::allocate);
+    EXPECT_FALSE((image + 1).isInitialized());
+    fault::arm(Call::allocate);
+    EXPECT_FALSE(image[1].isInitialized());
+    fault::arm(Call::allocate);
+    EXPECT_FALSE((image++).isInitialized());
+    EXPECT_EQ(kit::download<u8>(image), std::vector<u8>(105, 51));
 }
 
 TEST_F(Faults, Streams)
