@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 #include "target.h"
 
@@ -29,6 +30,92 @@ struct Plane {
 template <typename T, int N>
 struct PerChannel {
     T values[N];
+};
+
+/// The N elements of a pixel.
+template <typename T, int N>
+struct Pixel {
+    T element[N];
+};
+
+namespace detail {
+
+// Pixels are taken apart by their positions I, not in loops, and go by value: GCC turns loops over columns into vector
+// code only where nothing else is left in them.
+
+/// A row of pixels whose elements lie side by side.
+template <typename T, int N>
+struct InterleavedRow {
+    T* first;
+
+    VEXA_DEVICE Pixel<T, N> load(int x) const { return load(first + N * x, std::make_index_sequence<N>()); }
+    VEXA_DEVICE void store(int x, Pixel<T, N> pixel) const
+    {
+        store(first + N * x, pixel, std::make_index_sequence<N>());
+    }
+
+private:
+    template <std::size_t... I>
+    static VEXA_DEVICE Pixel<T, N> load(const T* from, std::index_sequence<I...>)
+    {
+        return {{from[I]...}};
+    }
+    template <std::size_t... I>
+    static VEXA_DEVICE void store(T* to, Pixel<T, N> pixel, std::index_sequence<I...>)
+    {
+        ((to[I] = pixel.element[I]), ...);
+    }
+};
+
+/// A row of pixels whose elements lie in planes of their own.
+template <typename T, int N>
+struct PlanarRow {
+    T* first[N];
+
+    VEXA_DEVICE Pixel<T, N> load(int x) const { return load(x, std::make_index_sequence<N>()); }
+    VEXA_DEVICE void store(int x, Pixel<T, N> pixel) const { store(x, pixel, std::make_index_sequence<N>()); }
+
+private:
+    template <std::size_t... I>
+    VEXA_DEVICE Pixel<T, N> load(int x, std::index_sequence<I...>) const
+    {
+        return {{first[I][x]...}};
+    }
+    template <std::size_t... I>
+    VEXA_DEVICE void store(int x, Pixel<T, N> pixel, std::index_sequence<I...>) const
+    {
+        ((first[I][x] = pixel.element[I]), ...);
+    }
+};
+
+}  // namespace detail
+
+/// Pixels whose N elements lie side by side, and the pitch of their rows in elements.
+template <typename T, int N>
+struct Interleaved {
+    T* pixels;
+    int pitch;
+
+    VEXA_DEVICE detail::InterleavedRow<T, N> row(int y) const
+    {
+        return {pixels + static_cast<std::ptrdiff_t>(y) * pitch};
+    }
+};
+
+/// Pixels whose N elements lie in planes of their own, of one pitch.
+template <typename T, int N>
+struct Planar {
+    T* planes[N];
+    int pitch;
+
+    VEXA_DEVICE detail::PlanarRow<T, N> row(int y) const { return row(y, std::make_index_sequence<N>()); }
+
+private:
+    template <std::size_t... I>
+    VEXA_DEVICE detail::PlanarRow<T, N> row(int y, std::index_sequence<I...>) const
+    {
+        return {{(planes[I] + static_cast<std::ptrdiff_t>(y) * pitch)...}};
+    }
 };
 
 /// A rectangle of an image, its right and bottom ends excluded.
@@ -60,6 +147,21 @@ constexpr Extent elementExtent(int width, int height)
 {
     const int perThread = elementsPerThread<T...>;
     return {static_cast<int>((static_cast<long long>(width) * C + perThread - 1) / perThread), height};
+}
+
+/// Pixels that one thread of mapPixels handles at a time.
+inline constexpr int pixelsPerThread = 4;
+
+/// The extent of a mapPixels kernel.
+inline Extent pixelExtent(int width, int height)
+{
+    return {static_cast<int>((static_cast<long long>(width) + pixelsPerThread - 1) / pixelsPerThread), height};
+}
+
+/// The extent of a forEachItem kernel.
+inline Extent itemExtent(long long count)
+{
+    return {static_cast<int>((count + blockSide - 1) / blockSide), blockSide};
 }
 
 namespace detail {

@@ -169,6 +169,128 @@ VEXA_DEVICE void mapElements(int width, int height, Plane<D> dst, const Op& op, 
             detail::mapRun<V>(aligned, static_cast<int>(y), x, elements, dst, op, src...);
 }
 
+namespace detail {
+
+/// pixelsPerThread pixels, each at its place in a row of them.
+template <typename T, int N>
+struct Run {
+    Pixel<T, N> pixel[pixelsPerThread];
+};
+
+/// What the elements of a run align to, if they lie side by side: they move as words of this size.
+template <typename T, int N>
+inline constexpr std::size_t runAlignment = N == 2 || N == 4 ? std::min<std::size_t>(16, N* pixelsPerThread * sizeof(T))
+                                                             : pixelsPerThread * sizeof(T);
+
+template <typename T, int N>
+struct alignas(runAlignment<T, N>) RunInMemory {
+    Run<T, N> run;
+};
+
+VEXA_DEVICE bool isMultiple(const void* address, std::size_t pitchBytes, std::size_t bytes)
+{
+    return (reinterpret_cast<std::uintptr_t>(address) | pitchBytes) % bytes == 0;
+}
+
+/// Whether runs of this image are aligned.
+template <typename T, int N>
+VEXA_DEVICE bool hasRuns(const Interleaved<T, N>& image)
+{
+    return isMultiple(image.pixels, image.pitch * sizeof(T), runAlignment<T, N>);
+}
+
+template <typename T, int N>
+VEXA_DEVICE bool hasRuns(const Planar<T, N>& image)
+{
+    bool has = true;
+    for (const T* const plane : image.planes)
+        has = has && isMultiple(plane, image.pitch * sizeof(T), runAlignment<T, 1>);
+    return has;
+}
+
+template <typename T, int N>
+VEXA_DEVICE Run<T, N> loadRun(const InterleavedRow<T, N>& row, int x)
+{
+    return reinterpret_cast<const RunInMemory<T, N>*>(row.first + N * x)->run;
+}
+
+template <typename T, int N>
+VEXA_DEVICE void storeRun(const InterleavedRow<T, N>& row, int x, const Run<T, N>& run)
+{
+    *reinterpret_cast<RunInMemory<T, N>*>(row.first + N * x) = {run};
+}
+
+template <typename T, int N>
+VEXA_DEVICE Run<T, N> loadRun(const PlanarRow<T, N>& row, int x)
+{
+    Run<T, N> run;
+#pragma unroll
+    for (int c = 0; c < N; ++c) {
+        const auto plane = *reinterpret_cast<const RunInMemory<T, 1>*>(row.first[c] + x);
+#pragma unroll
+        for (int i = 0; i < pixelsPerThread; ++i) run.pixel[i].element[c] = plane.run.pixel[i].element[0];
+    }
+    return run;
+}
+
+template <typename T, int N>
+VEXA_DEVICE void storeRun(const PlanarRow<T, N>& row, int x, const Run<T, N>& run)
+{
+#pragma unroll
+    for (int c = 0; c < N; ++c) {
+        RunInMemory<T, 1> plane;
+#pragma unroll
+        for (int i = 0; i < pixelsPerThread; ++i) plane.run.pixel[i].element[0] = run.pixel[i].element[c];
+        *reinterpret_cast<RunInMemory<T, 1>*>(row.first[c] + x) = plane;
+    }
+}
+
+template <typename ToRow, typename Op, typename... Run>
+VEXA_DEVICE void mapRuns(int x, const ToRow& to, const Op& op, const Run&... runs)
+{
+    decltype(loadRun(to, x)) result;
+#pragma unroll
+    for (int i = 0; i < pixelsPerThread; ++i) result.pixel[i] = op(runs.pixel[i]...);
+    storeRun(to, x, result);
+}
+
+/// The pixels from x on, pixelsPerThread of them or what is left of the row.
+template <typename Op, typename ToRow, typename... FromRow>
+VEXA_DEVICE void mapPixelRun(bool inRuns, int x, int width, const Op& op, const ToRow& to, const FromRow&... from)
+{
+    if (inRuns && width - x >= pixelsPerThread) {
+        mapRuns(x, to, op, loadRun(from, x)...);
+        return;
+    }
+    for (int i = 0; i < pixelsPerThread && i < width - x; ++i) to.store(x + i, op(from.load(x + i)...));
+}
+
+}  // namespace detail
+
+/// dst = op(src...) for every pixel; images are Interleaved or Planar.
+template <typename Dst, typename Op, typename... Src>
+VEXA_DEVICE void mapPixels(int width, int height, const Dst& dst, const Op& op, const Src&... src)
+{
+    const bool inRuns = detail::hasRuns(dst) && (detail::hasRuns(src) && ...);
+    for (unsigned row = detail::firstRow(); row < detail::atLeastZero(height); row += detail::rowStride()) {
+        const int y = static_cast<int>(row);
+        for (unsigned x = pixelsPerThread * detail::firstColumn(); x < detail::atLeastZero(width);
+             x += pixelsPerThread * detail::columnStride())
+            detail::mapPixelRun(inRuns, static_cast<int>(x), width, op, dst.row(y), src.row(y)...);
+    }
+}
+
+/// rule(i) for every item of a flat run.
+template <typename Rule>
+VEXA_DEVICE void forEachItem(long long count, const Rule& rule)
+{
+    const long long threadsPerBlock = blockDim.x * blockDim.y;
+    const long long block = static_cast<long long>(blockIdx.y) * gridDim.x + blockIdx.x;
+    const long long stride = threadsPerBlock * gridDim.x * gridDim.y;
+    for (long long i = block * threadsPerBlock + threadIdx.y * blockDim.x + threadIdx.x; i < count; i += stride)
+        rule(i);
+}
+
 /// rule(x, y) for every pixel outside the interior.
 template <typename Rule>
 VEXA_DEVICE void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)

@@ -134,6 +134,49 @@ inline void mapElements(int width, int height, Plane<D> dst, const Op& op, const
                     typename detail::SourceTraits<Source>::Reader(src)...);
 }
 
+namespace detail {
+
+template <typename Image>
+inline constexpr std::size_t bytesPerPixel = sizeof(std::declval<const Image&>().row(0).load(0));
+
+/// Rows by value, so that stores of bytes can't alias them.
+template <typename Op, typename ToRow, typename... FromRow>
+inline void mapRow(int width, Op op, ToRow to, FromRow... from)
+{
+#pragma omp simd
+    for (int x = 0; x < width; ++x) to.store(x, op(from.load(x)...));
+}
+
+}  // namespace detail
+
+/// dst = op(src...) for every pixel; images are Interleaved or Planar.
+template <typename Dst, typename Op, typename... Src>
+inline void mapPixels(int width, int height, const Dst& dst, const Op& op, const Src&... src)
+{
+    if (width < 1 || height < 1) return;
+    constexpr std::size_t bytesPerPixel = (detail::bytesPerPixel<Dst> + ... + detail::bytesPerPixel<Src>);
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel,
+                             [=](std::size_t begin, std::size_t end) {
+                                 for (std::size_t row = begin; row < end; ++row) {
+                                     const int y = static_cast<int>(row);
+                                     detail::mapRow(width, op, dst.row(y), src.row(y)...);
+                                 }
+                             });
+}
+
+/// rule(i) for every item of a flat run.
+template <typename Rule>
+inline void forEachItem(long long count, const Rule& rule)
+{
+    if (count < 1) return;
+    constexpr std::size_t bytesPerItem = 32;
+    platform::parallelRanges(static_cast<std::size_t>(count), bytesPerItem, [=](std::size_t begin, std::size_t end) {
+        const Rule own = rule;
+#pragma omp simd
+        for (std::size_t i = begin; i < end; ++i) own(static_cast<long long>(i));
+    });
+}
+
 /// rule(x, y) for every pixel outside the interior, row by row in runs on either side of it.
 template <typename Rule>
 inline void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)

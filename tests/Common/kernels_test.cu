@@ -41,6 +41,33 @@ VEXA_KERNEL test_visitOutside(int* visits, Interior interior, int width, int hei
     forEachPixelOutside(interior, width, height, [=](int x, int y) { visits[y * pitch + x] += 1; });
 }
 
+/// Sums of neighbouring elements, from side by side to planes and back.
+struct NeighbourSums {
+    template <typename T>
+    VEXA_DEVICE Pixel<T, 3> operator()(Pixel<T, 3> p) const
+    {
+        return {{static_cast<T>(p.element[0] + p.element[1]), static_cast<T>(p.element[1] + p.element[2]),
+                 static_cast<T>(p.element[2] + p.element[0])}};
+    }
+};
+
+template <typename T>
+VEXA_KERNEL test_toPlanes(T* src, T* a, T* b, T* c, int width, int height, int srcPitch, int dstPitch)
+{
+    mapPixels(width, height, Planar<T, 3>{{a, b, c}, dstPitch}, NeighbourSums{}, Interleaved<T, 3>{src, srcPitch});
+}
+
+template <typename T>
+VEXA_KERNEL test_fromPlanes(T* a, T* b, T* c, T* dst, int width, int height, int srcPitch, int dstPitch)
+{
+    mapPixels(width, height, Interleaved<T, 3>{dst, dstPitch}, NeighbourSums{}, Planar<T, 3>{{a, b, c}, srcPitch});
+}
+
+VEXA_KERNEL test_visitItems(int* visits, int count)
+{
+    forEachItem(count, [=](long long i) { visits[i] += 1; });
+}
+
 struct PartialSums {
     int of[blockSide * blockSide];
 };
@@ -190,6 +217,72 @@ TEST(ForEachPixelOutside, LeavesTheInteriorAlone)
             ASSERT_EQ(result[static_cast<std::size_t>(i)], inside ? 0 : 1) << x << ", " << y;
         }
     }
+}
+
+/// `shift` and `gap` move rows off the alignment of runs.
+template <typename T>
+void expectPixels(VexaSize size, int shift, int gap)
+{
+    SCOPED_TRACE(testing::Message() << size.width << "x" << size.height << " shift " << shift << " gap " << gap);
+    const Layout pixels{3 * size.width, size.height, shift, (16 - 3 * size.width % 16) % 16 + gap};
+    const Layout plane{size.width, size.height, shift, (16 - size.width % 16) % 16 + gap};
+    const auto value = [](int x, int y) { return (7 * x + y) % 80; };
+    std::vector<T> elements(pixels.count(), T(99));
+    int x = 0;
+    int y = 0;
+    for (std::size_t i = 0; i < elements.size(); ++i)
+        if (pixels.contains(i, x, y)) elements[i] = static_cast<T>(value(x, y));
+
+    const DeviceArray<T> src(elements);
+    const DeviceArray<T> a(plane.count(), T(200));
+    const DeviceArray<T> b(plane.count(), T(200));
+    const DeviceArray<T> c(plane.count(), T(200));
+    launch(test_toPlanes<T>, pixelExtent(size.width, size.height), nullptr, src.ptr() + shift, a.ptr() + shift,
+           b.ptr() + shift, c.ptr() + shift, size.width, size.height, pixels.pitch(), plane.pitch());
+    int channel = 0;
+    for (const DeviceArray<T>* result : {&a, &b, &c}) {
+        const std::vector<T> sums = result->download();
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            ASSERT_EQ(sums[i], plane.contains(i, x, y)
+                                   ? T(value(3 * x + channel, y) + value(3 * x + (channel + 1) % 3, y))
+                                   : T(200))
+                << "channel " << channel << " at " << i;
+        ++channel;
+    }
+
+    // From planes of constants back: neighbours add up to 3, 5 and 4.
+    const DeviceArray<T> ones(plane.count(), T(1));
+    const DeviceArray<T> twos(plane.count(), T(2));
+    const DeviceArray<T> threes(plane.count(), T(3));
+    launch(test_fromPlanes<T>, {1, 1}, nullptr, ones.ptr() + shift, twos.ptr() + shift, threes.ptr() + shift,
+           src.ptr() + shift, size.width, size.height, plane.pitch(), pixels.pitch());
+    const std::vector<T> merged = src.download();
+    const T sums[] = {3, 5, 4};
+    for (std::size_t i = 0; i < merged.size(); ++i)
+        ASSERT_EQ(merged[i], pixels.contains(i, x, y) ? sums[x % 3] : T(99)) << "at " << i;
+}
+
+TEST(MapPixels, TakesPixelsApartWhateverTheirLayout)
+{
+    for (const VexaSize& size : sizes())
+        for (const int offset : {0, 1, 4}) {
+            if (size.width > 1000 && offset > 0) continue;
+            expectPixels<u8>(size, offset, offset);
+            expectPixels<u16>(size, offset, 0);
+            expectPixels<f32>(size, 0, offset);
+        }
+}
+
+TEST(ForEachItem, VisitsEveryItemOnce)
+{
+    for (const int count : {1, 15, 256, 257, 5000, 300000})
+        for (const Extent& extent : {itemExtent(count), Extent{1, 1}, Extent{40, 50}}) {
+            const DeviceArray<int> visits(static_cast<std::size_t>(count) + 9, untouched);
+            launch(test_visitItems, extent, nullptr, visits.ptr(), count);
+            const std::vector<int> result = visits.download();
+            for (int i = 0; i < count + 9; ++i)
+                ASSERT_EQ(result[static_cast<std::size_t>(i)], i < count ? untouched + 1 : untouched) << i;
+        }
 }
 
 TEST(ForEachBlock, SharesMemoryAcrossPhases)
