@@ -12,12 +12,29 @@
 
 using namespace vexa;
 
+namespace {
+
+/// A position of an image of `size`, or the nearest of its ends: margins may be anything.
+VEXA_DEVICE int position(long long value, int size)
+{
+    return static_cast<int>(value < 0 ? 0 : (value < size ? value : size));
+}
+
+/// The interior of an image with margins; `excess` columns and rows more on the right and at the bottom.
+VEXA_DEVICE Interior interiorOf(int width, int height, int top, int bottom, int left, int right, int excess)
+{
+    return {position(left, width), position(static_cast<long long>(width) - right + excess, width),
+            position(top, height), position(static_cast<long long>(height) - bottom + excess, height)};
+}
+
+}  // namespace
+
 template <typename T>
 VEXA_KERNEL kernel_pad_C1(T* dst, int width, int height, int pitch, int top, int bottom, int left, int right, T value)
 {
     const Plane<T> plane{dst, pitch};
-    const Interior interior{left, width - right + 1, top, height - bottom + 1};
-    forEachPixelOutside(interior, width, height, [=](int x, int y) { plane.row(y)[x] = value; });
+    forEachPixelOutside(interiorOf(width, height, top, bottom, left, right, 1), width, height,
+                        [=](int x, int y) { plane.row(y)[x] = value; });
 }
 
 template <typename T>
@@ -25,8 +42,7 @@ VEXA_KERNEL kernel_pad_C3(T* dst, int width, int height, int pitch, int top, int
                           T value1, T value2)
 {
     const Plane<T> plane{dst, pitch};
-    const Interior interior{left, width - right, top, height - bottom};
-    forEachPixelOutside(interior, width, height, [=](int x, int y) {
+    forEachPixelOutside(interiorOf(width, height, top, bottom, left, right, 0), width, height, [=](int x, int y) {
         T* const pixel = plane.row(y) + 3 * x;
         pixel[0] = value0;
         pixel[1] = value1;
@@ -35,6 +51,13 @@ VEXA_KERNEL kernel_pad_C3(T* dst, int width, int height, int pitch, int top, int
 }
 
 namespace {
+
+/// The size of an image with its margins; 0, which no image has, if it is past all sizes.
+int padded(int size, int before, int after)
+{
+    const long long sum = static_cast<long long>(size) + before + after;
+    return sum == static_cast<int>(sum) ? static_cast<int>(sum) : 0;
+}
 
 struct Margins {
     int top;
@@ -52,9 +75,10 @@ struct Visible {
 
 Visible visible(int size, int offset, int total)
 {
-    const int begin = std::max(offset, 0);
-    const int end = static_cast<int>(std::min(static_cast<long long>(offset) + size, static_cast<long long>(total)));
-    return {begin, begin - offset, std::max(end - begin, 0)};
+    const long long begin = std::max(offset, 0);
+    const long long end = std::min(static_cast<long long>(offset) + size, static_cast<long long>(total));
+    if (end <= begin) return {0, 0, 0};
+    return {static_cast<int>(begin), static_cast<int>(begin - offset), static_cast<int>(end - begin)};
 }
 
 /// The images of a call, pitches in bytes.
@@ -118,8 +142,9 @@ VexaStatus vexa_pad_8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s srcWidth, Vexa32s src
                        Vexa32s dstPitch, Vexa32s channels, int top, int bottom, int left, int right,
                        const float* values, cudaStream_t stream)
 {
-    const Padding<u8> padding{pSrc,     pDst,     srcWidth + left + right,   srcHeight + top + bottom, srcPitch,
-                              dstPitch, channels, {top, bottom, left, right}};
+    const Padding<u8> padding{
+        pSrc,     pDst,     padded(srcWidth, left, right), padded(srcHeight, top, bottom), srcPitch,
+        dstPitch, channels, {top, bottom, left, right}};
     return pad(padding, srcWidth, srcHeight, values, Element<u8>::max, stream);
 }
 
@@ -127,22 +152,12 @@ VexaStatus vexa_pad_16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa32s srcWidth, Vexa32s 
                         Vexa32s dstPitch, Vexa32s channels, int top, int bottom, int left, int right,
                         const float* values, int dataBits, cudaStream_t stream)
 {
-    const Padding<u16> padding{pSrc,     pDst,     srcWidth + left + right,   srcHeight + top + bottom, srcPitch,
-                               dstPitch, channels, {top, bottom, left, right}};
+    const Padding<u16> padding{
+        pSrc,     pDst,     padded(srcWidth, left, right), padded(srcHeight, top, bottom), srcPitch,
+        dstPitch, channels, {top, bottom, left, right}};
     const int highest = (1 << std::clamp(dataBits, 0, 16)) - 1;
     return pad(padding, srcWidth, srcHeight, values, highest, stream);
 }
-
-namespace {
-
-/// The size of an image with its margins; 0, which no image has, if it is past all sizes.
-int padded(int size, int before, int after)
-{
-    const long long sum = static_cast<long long>(size) + before + after;
-    return sum == static_cast<int>(sum) ? static_cast<int>(sum) : 0;
-}
-
-}  // namespace
 
 namespace vexa::dataExchange {
 

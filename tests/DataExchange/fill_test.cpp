@@ -130,10 +130,9 @@ TEST(Fill, Workers)
     expectCorner<f32>(3, vexa_set_32fc3, values, {300, -4, 7});
 }
 
-/// The pixels inside `rect` have the colour 255, 0, 44.
-void expectRectangle(const VexaImage& image, const VexaRect& rect)
+/// The pixels inside `rect`, and no others, have this colour.
+void expectRectangle(const VexaImage& image, const VexaRect& rect, const std::vector<u8>& color)
 {
-    const double color[] = {255, 0, 44};
     const int channels = image.channels();
     const auto isWithin = [](long long at, long long start, long long length) {
         return at >= start && at < start + length;
@@ -142,7 +141,7 @@ void expectRectangle(const VexaImage& image, const VexaRect& rect)
         const int pixel = static_cast<int>(i) / channels;
         const bool inside =
             isWithin(pixel % image.width(), rect.x, rect.width) && isWithin(pixel / image.width(), rect.y, rect.height);
-        return inside ? color[static_cast<int>(i) % channels] : 0x11;
+        return inside ? color[i % static_cast<std::size_t>(channels)] : 0x11;
     });
     expectGaps(image, 0x11);
 }
@@ -169,7 +168,7 @@ TEST(Rectangle, TypesAndClipping)
             fillBuffer(image, 0x11);
             ASSERT_EQ(de::rectangle(image, rect, VexaScalar(300.0, -7.0, 44.9)),
                       served ? VEXA_SUCCESS : VEXA_NOT_SUPPORTED_MODE_ERROR);
-            if (served) expectRectangle(image, rect);
+            if (served) expectRectangle(image, rect, {255, 0, 44});
         }
 }
 
@@ -181,10 +180,10 @@ TEST(Rectangle, Workers)
     fillBuffer(gray, 0x11);
     fillBuffer(color, 0x11);
     EXPECT_EQ(vexa_rectangle_8u_c1(gray.ptr<u8>(), rect, gray.pitch(), 300, nullptr), VEXA_SUCCESS);
-    EXPECT_EQ(vexa_rectangle_8u_c3(color.ptr<u8>(), rect, color.pitch(), VexaScalar(300, -1, 44), nullptr),
+    EXPECT_EQ(vexa_rectangle_8u_c3(color.ptr<u8>(), rect, color.pitch(), VexaScalar(44, -1, 300), nullptr),
               VEXA_SUCCESS);
-    expectRectangle(gray, rect);
-    expectRectangle(color, rect);
+    expectRectangle(gray, rect, {255});
+    expectRectangle(color, rect, {44, 0, 255});
 }
 
 }  // namespace
