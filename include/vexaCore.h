@@ -273,6 +273,7 @@ private:
 };
 
 #include "vexaArithmeticLogical.h"
+#include "vexaColorOperations.h"
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
 #include "vexaIO.h"

@@ -48,7 +48,7 @@ VEXA_DEVICE float combine(float a, float b)
     else if constexpr (op == operation::absDiff)
         return fabsf(a - b);
     else if constexpr (op == operation::power)
-        return exp2(b * log2(a));
+        return power(a, b);
 }
 
 /// The cube root: a first guess by logarithm, one step of Newton's iteration.
@@ -56,7 +56,7 @@ VEXA_DEVICE float cubeRoot(float x)
 {
     constexpr float third = 0.333333343F;
     const float magnitude = fabsf(x);
-    const float guess = exp2(log2(magnitude) * third);
+    const float guess = power(magnitude, third);
     const float root = guess - (guess - magnitude * reciprocal(guess * guess)) * third;
     const float withSign = x < 0.0F ? -root : root;
     // Only zero and the infinities equal their double; they are their own roots.

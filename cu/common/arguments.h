@@ -14,11 +14,18 @@
 
 namespace vexa {
 
+/// A pitch in bytes as elements of type T.
+template <typename T>
+constexpr int elements(int pitch)
+{
+    return pitch / static_cast<int>(sizeof(T));
+}
+
 /// The pitch of an image in elements of type T.
 template <typename T>
 int pitchOf(const VexaImage& image)
 {
-    return image.pitch() / static_cast<int>(sizeof(T));
+    return elements<T>(image.pitch());
 }
 
 /// Elements of a row, of an image whose elements have at least a byte.
@@ -27,11 +34,17 @@ inline int elementsOf(const VexaImage& image)
     return image.width() * image.channels();
 }
 
+/// Bytes of the buffer of an image.
+inline long long bytesOf(const VexaImage& image)
+{
+    if (!image.isInitialized()) return 0;
+    return bufferBytes(image.pitch(), image.height(), static_cast<long long>(elementsOf(image)) * (image.depth() / 8));
+}
+
 /// How many of `rows` rows of `rowBytes`, `pitch` bytes apart, lie inside the buffer of an image.
 inline int rowsInside(const VexaImage& image, long long rows, long long rowBytes, long long pitch)
 {
-    const long long ownRowBytes = static_cast<long long>(elementsOf(image)) * (image.depth() / 8);
-    const long long bytes = bufferBytes(image.pitch(), image.height(), ownRowBytes);
+    const long long bytes = bytesOf(image);
     if (rowBytes > bytes) return 0;
     return static_cast<int>(pitch > 0 ? std::min(rows, (bytes - rowBytes) / pitch + 1) : rows);
 }

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "elements.h"
 
@@ -134,6 +135,12 @@ VEXA_DEVICE float log2(float x)
 #endif
 }
 
+/// base to the power of exponent; not a number for negative bases.
+VEXA_DEVICE float power(float base, float exponent)
+{
+    return exp2(exponent * log2(base));
+}
+
 /// The nearest whole number, ties to even.
 VEXA_DEVICE float roundToEven(float x)
 {
@@ -163,6 +170,16 @@ VEXA_DEVICE T saturate(float value, Range range)
     const float below = value > range.highest ? range.highest : value;
     const float inside = below > range.lowest ? below : range.lowest;
     return static_cast<T>(static_cast<int>(inside));
+}
+
+/// value truncated toward zero, which the type must hold, or as it is.
+template <typename T>
+VEXA_DEVICE T truncate(float value)
+{
+    if constexpr (std::is_integral_v<T>)
+        return static_cast<T>(static_cast<int>(value));
+    else
+        return value;
 }
 
 /// A result as an element: saturated if the type says so, else as it is.

@@ -16,6 +16,18 @@ template <typename... Image>
     return (images.isInitialized() && ...) ? VEXA_SUCCESS : VEXA_IMAGE_NOT_INITIALIZED;
 }
 
+/// Source and destination must be two objects, else VEXA_INPLACE_OP_NOT_SUPPORTED.
+[[nodiscard]] inline VexaStatus notInPlace(const VexaImage& src, const VexaImage& dst)
+{
+    return &src == &dst ? VEXA_INPLACE_OP_NOT_SUPPORTED : VEXA_SUCCESS;
+}
+
+/// Else VEXA_CHANNEL_NOT_SUPPORTED_ERROR.
+[[nodiscard]] inline VexaStatus hasThreeChannels(const VexaImage& image)
+{
+    return image.channels() == 3 ? VEXA_SUCCESS : VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
+}
+
 /// One property in which an image must agree with a model, and the status if it doesn't.
 struct Comparison {
     bool (*agree)(const VexaImage& image, const VexaImage& model);

@@ -1,0 +1,208 @@
+/// @file
+/// Hue, saturation, value. The way there is in floats, the way back in 8-bit integers, for floats too, and it writes
+/// blue, green, red whatever the sequence. That is meant.
+
+#include "arithmetic.h"
+#include "checks.h"
+#include "conversion.h"
+#include "dispatch.h"
+
+using namespace vexa;
+
+namespace {
+
+constexpr float perByte = 0.003921569F;  // 1 / 255
+
+/// Hue, saturation and value of a colour from 0 to 1, each from 0 to 1.
+VEXA_DEVICE Pixel<float, 3> hsvOf(Color<float> c)
+{
+    const float redGreen = c.red > c.green ? c.red : c.green;
+    const float max = redGreen > c.blue ? redGreen : c.blue;
+    const float lessOfTwo = c.red < c.green ? c.red : c.green;
+    const float min = lessOfTwo < c.blue ? lessOfTwo : c.blue;
+    const float delta = max - min;
+
+    const float inverse = reciprocal(delta);
+    const auto distance = [=](float primary) {
+        return multiplyAdd(max - primary, 1.0F / 6.0F, delta * 0.5F) * inverse;
+    };
+    const float red = distance(c.red);
+    const float green = distance(c.green);
+    const float blue = distance(c.blue);
+    const float third = 1.0F / 3.0F;
+    const float besideGreen = c.green == max ? third + red - blue : 2.0F * third + green - red;
+    const float angle = c.red == max ? blue - green : besideGreen;
+    const float notBelow = angle < 0.0F ? angle + 1.0F : angle;
+    const float hue = notBelow > 1.0F ? notBelow - 1.0F : notBelow;
+
+    const bool isGray = delta == 0.0F;
+    return {{isGray ? 0.0F : hue, isGray ? 0.0F : delta * reciprocal(max), max}};
+}
+
+template <VexaChannelSeq seq>
+struct HsvOf8 {
+    Range range;
+
+    VEXA_DEVICE Pixel<u8, 3> operator()(Pixel<u8, 3> pixel) const
+    {
+        const Color<u8> c = colorOf<seq>(pixel);
+        const Pixel<float, 3> hsv = hsvOf({static_cast<float>(c.red) * perByte, static_cast<float>(c.green) * perByte,
+                                           static_cast<float>(c.blue) * perByte});
+        return {{saturate<u8>(hsv.element[0] * 255.0F, range), saturate<u8>(hsv.element[1] * 255.0F, range),
+                 saturate<u8>(hsv.element[2] * 255.0F, range)}};
+    }
+};
+
+template <VexaChannelSeq seq>
+struct HsvOfFloat {
+    VEXA_DEVICE Pixel<float, 3> operator()(Pixel<float, 3> pixel) const { return hsvOf(colorOf<seq>(pixel)); }
+};
+
+/// Blue, green and red of hue, saturation and value in bytes: six regions of 43 steps of hue each.
+VEXA_DEVICE Pixel<u8, 3> bgrOf(int h, int s, int v)
+{
+    const int region = h / 43;
+    const int rest = (h - 43 * region) * 6;
+    const auto p = (v * (255 - s)) >> 8;
+    const auto q = (v * (255 - ((s * rest) >> 8))) >> 8;
+    const auto t = (v * (255 - ((s * (255 - rest)) >> 8))) >> 8;
+    const int red = region == 1 ? q : region == 2 || region == 3 ? p : region == 4 ? t : v;
+    const int green = region == 0 ? t : region == 1 || region == 2 ? v : region == 3 ? q : p;
+    const int blue = region == 0 || region == 1 ? p : region == 2 ? t : region == 3 || region == 4 ? v : q;
+    const bool isGray = s == 0;
+    return {
+        {static_cast<u8>(isGray ? v : blue), static_cast<u8>(isGray ? v : green), static_cast<u8>(isGray ? v : red)}};
+}
+
+struct BgrOf8 {
+    VEXA_DEVICE Pixel<u8, 3> operator()(Pixel<u8, 3> hsv) const
+    {
+        return bgrOf(hsv.element[0], hsv.element[1], hsv.element[2]);
+    }
+};
+
+struct BgrOfFloat {
+    static VEXA_DEVICE int byteOf(float value) { return static_cast<u8>(truncateToUnsigned(value * 255.0F)); }
+
+    VEXA_DEVICE Pixel<float, 3> operator()(Pixel<float, 3> hsv) const
+    {
+        const Pixel<u8, 3> bgr = bgrOf(byteOf(hsv.element[0]), byteOf(hsv.element[1]), byteOf(hsv.element[2]));
+        return {{static_cast<float>(bgr.element[0]) * perByte, static_cast<float>(bgr.element[1]) * perByte,
+                 static_cast<float>(bgr.element[2]) * perByte}};
+    }
+};
+
+}  // namespace
+
+template <typename T, VexaChannelSeq seq>
+VEXA_KERNEL kernel_rgb2hsv(T* src, T* dst, int width, int height, int pitch)
+{
+    if constexpr (std::is_integral_v<T>)
+        convertPixels(src, dst, width, height, pitch, HsvOf8<seq>{{0, Element<u8>::max}});
+    else
+        convertPixels(src, dst, width, height, pitch, HsvOfFloat<seq>{});
+}
+
+template <typename T>
+VEXA_KERNEL kernel_hsv2bgr(T* src, T* dst, int width, int height, int pitch)
+{
+    using Op = std::conditional_t<std::is_integral_v<T>, BgrOf8, BgrOfFloat>;
+    convertPixels(src, dst, width, height, pitch, Op{});
+}
+
+namespace {
+
+template <typename T>
+VexaStatus launchToHsv(T* pSrc, T* pDst, int width, int height, int pitch, VexaChannelSeq sequence, cudaStream_t stream)
+{
+    return withSequence(sequence, ColorSequences{}, [&](auto seq) {
+        launch(kernel_rgb2hsv<T, seq()>, pixelExtent(width, height), stream, pSrc, pDst, width, height,
+               elements<T>(pitch));
+    });
+}
+
+template <typename T>
+VexaStatus launchToBgr(T* pSrc, T* pDst, int width, int height, int pitch, cudaStream_t stream)
+{
+    launch(kernel_hsv2bgr<T>, pixelExtent(width, height), stream, pSrc, pDst, width, height, elements<T>(pitch));
+    return VEXA_SUCCESS;
+}
+
+}  // namespace
+
+VexaStatus vexa_rgbToHsv_8u_c3(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                               VexaChannelSeq sequence, cudaStream_t stream)
+{
+    return launchToHsv(pSrc, pDst, width, height, pitch, sequence, stream);
+}
+
+VexaStatus vexa_rgbToHsv_32f_c3(Vexa32f* pSrc, Vexa32f* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                VexaChannelSeq sequence, cudaStream_t stream)
+{
+    return launchToHsv(pSrc, pDst, width, height, pitch, sequence, stream);
+}
+
+VexaStatus vexa_hsvToBgr_8u_c3(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                               cudaStream_t stream)
+{
+    return launchToBgr(pSrc, pDst, width, height, pitch, stream);
+}
+
+VexaStatus vexa_hsvToBgr_32f_c3(Vexa32f* pSrc, Vexa32f* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                cudaStream_t stream)
+{
+    return launchToBgr(pSrc, pDst, width, height, pitch, stream);
+}
+
+namespace {
+
+using HsvTypes = Table<Row<u8, u8>, Row<f32, f32>>;
+
+struct ToHsv {
+    Conversion conversion;
+
+    VexaStatus operator()(ChannelCount<3>, Row<u8, u8>) const { return conversion.by(vexa_rgbToHsv_8u_c3); }
+    VexaStatus operator()(ChannelCount<3>, Row<f32, f32>) const { return conversion.by(vexa_rgbToHsv_32f_c3); }
+};
+
+struct ToBgr {
+    const VexaImage& src;
+    VexaImage& dst;
+    platform::Stream stream;
+
+    VexaStatus operator()(ChannelCount<3>, Row<u8, u8>) const { return call(vexa_hsvToBgr_8u_c3); }
+    VexaStatus operator()(ChannelCount<3>, Row<f32, f32>) const { return call(vexa_hsvToBgr_32f_c3); }
+
+    template <typename T>
+    VexaStatus call(VexaStatus (*worker)(T*, T*, int, int, int, cudaStream_t)) const
+    {
+        return worker(src.ptr<T>(), dst.ptr<T>(), src.width(), rowsInside(dst, src), src.pitch(), stream);
+    }
+};
+
+[[nodiscard]] VexaStatus checked(const VexaImage& src, VexaImage& dst)
+{
+    if (const VexaStatus failed = initialized(src)) return failed;
+    if (const VexaStatus failed = hasThreeChannels(src)) return failed;
+    return matchOrCreate(dst, src, {same::width, same::height, same::channels}, src.size(), src.type());
+}
+
+}  // namespace
+
+namespace vexa::colorOperations {
+
+VexaStatus rgb2hsv(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
+{
+    if (const VexaStatus failed = checked(src, dst)) return failed;
+    return dispatch(HsvTypes{}, Channels<3>{}, VEXA_DEPTH_NOT_SUPPORTED_ERROR,
+                    ToHsv{{src, dst, src.channelSeq(), handle(stream)}}, src, dst);
+}
+
+VexaStatus hsv2rgb(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
+{
+    if (const VexaStatus failed = checked(src, dst)) return failed;
+    return dispatch(HsvTypes{}, Channels<3>{}, VEXA_DEPTH_NOT_SUPPORTED_ERROR, ToBgr{src, dst, handle(stream)}, src,
+                    dst);
+}
+
+}  // namespace vexa::colorOperations
