@@ -130,7 +130,7 @@ VEXA_API VexaStatus SHR(const VexaImage& src, const int value, VexaImage& dst,
 /// of `src`. Runs in place, returns without waiting.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
-///         type, width or height and for other types
+///         type, width or height and for other types (an empty `dst` has been created by then)
 VEXA_API VexaStatus abs(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
 
 /// @name Mathematical functions
@@ -140,7 +140,8 @@ VEXA_API VexaStatus abs(const VexaImage& src, VexaImage& dst, const VexaStream& 
 /// Runs in place on floats, returns without waiting.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
-///         channels and for other types; VEXA_DEPTH_NOT_SUPPORTED_ERROR for a `dst` of other elements
+///         channels and for other types (an empty `dst` has been created by then); VEXA_DEPTH_NOT_SUPPORTED_ERROR for a
+///         `dst` that is not 32f with 1 or 3 channels
 /// @{
 VEXA_API VexaStatus exp(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
 VEXA_API VexaStatus sqrt(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));

@@ -193,8 +193,8 @@ public:
     VexaStatus set(const Vexa32s channel, const Vexa64f value, const VexaStream& stream = VexaStream(false));
     /// @}
 
-    /// A channel as a new image, by vexa::dataExchange::getChannel: an empty one if there is no such channel. Of a
-    /// one-channel image the pixels of the result are not written.
+    /// A channel as a new image, by vexa::dataExchange::getChannel: an empty one if there is no such channel. Where
+    /// that refuses the type, as of one-channel images, the pixels of the result are not written.
     VexaImage operator[](Vexa32s channel) const;
 
     /// @name Operators in place

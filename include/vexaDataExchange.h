@@ -43,7 +43,8 @@ VEXA_API VexaStatus getChannel(const VexaImage& src, VexaImage& dst, const int c
                                const VexaStream& stream = VexaStream(false));
 
 /// `src` in a larger image, with a border of a constant for each channel; 8u or 16u with 1 or 3 channels. An empty
-/// `dst` is created. Where a margin is negative, `src` is cropped. Returns without waiting.
+/// `dst` is created; it may be `src` only where all margins are 0. Where a margin is negative, `src` is cropped.
+/// Returns without waiting.
 ///
 /// Constants are saturated, for 16u to the data bits of `src`, and truncated. On 1-channel images the first column of
 /// the right border and the first row of the bottom border are not filled: they keep what `dst` held.
@@ -62,7 +63,7 @@ VEXA_API VexaStatus padImage(const VexaImage& src, VexaImage& dst, const Vexa32s
 /// `dst` is created with the size and type of `src`. Runs in place, returns without waiting.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that differs in
-///         width, height, depth or channels and for other types
+///         width, height, depth or channels and for other types (an empty `dst` has been created by then)
 VEXA_API VexaStatus threshold(const VexaImage& src, VexaImage& dst, const VexaScalar& minThresh,
                               const VexaScalar& maxThresh, const VexaStream& stream = VexaStream(false));
 
@@ -102,7 +103,7 @@ VEXA_API VexaStatus vexa_bitConversion_16u_8u(Vexa16u* pSrc, Vexa8u* pDst, Vexa3
 /// @}
 
 /// @name Workers of the fills, on device pointers
-/// Width in pixels, pitch in bytes. Values saturate to the range of the element and are truncated.
+/// Width in pixels, pitch in bytes. For integer elements values saturate and are truncated.
 /// @return VEXA_SUCCESS
 /// @{
 VEXA_API VexaStatus vexa_set_8uc1(Vexa8u* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const Vexa64f value,
@@ -121,7 +122,8 @@ VEXA_API VexaStatus vexa_set_32fc3(Vexa32f* dst, Vexa32s width, Vexa32s height, 
 
 /// @name Workers of padImage, on device pointers
 /// Sizes and margins in pixels, pitches in bytes, one of `values` for each channel.
-/// @return VEXA_MEMCPY_D2D_ERROR; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for channels other than 1 and 3
+/// @return VEXA_MEMCPY_D2D_ERROR; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for channels other than 1 and 3;
+///         VEXA_INVALID_ARG_ERROR for no values
 /// @{
 VEXA_API VexaStatus vexa_pad_8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s srcWidth, Vexa32s srcHeight, Vexa32s srcPitch,
                                 Vexa32s dstPitch, Vexa32s channels, int top, int bottom, int left, int right,

@@ -1,9 +1,12 @@
 /// @file
 /// Arithmetic and logic of images in the notation of C++: `image + 1`, `0.5 * image`, `a & b`.
 ///
-/// Each operator is an operation of vexa::arithmeticLogical into a new image. The result has the type that the operation
-/// gives an empty destination, but 32-bit floats where the constant is a floating-point number or a VexaScalar that is
-/// not integer: `image8u + 1` stays 8-bit and saturates, `image8u + 0.5` keeps the fraction. All return without waiting.
+/// Each operator is an operation of vexa::arithmeticLogical into a new image. The result has the type that the
+/// operation gives an empty destination, but 32-bit floats where the constant is a floating-point number or a
+/// VexaScalar that is not integer: `image8u + 1` stays 8-bit and saturates, `image8u + 0.5` keeps the fraction. All
+/// return without waiting.
+///
+/// Constants are int, double (float too) or VexaScalar; other integers need a cast.
 ///
 /// Statuses are dropped. Where an operation fails, the result is empty, or floats with undefined pixels where the
 /// constant made it float.

@@ -3,6 +3,7 @@
 /// compare the size of the destination: they compute what both images hold.
 
 #include <algorithm>
+#include <type_traits>
 
 #include "arguments.h"
 #include "checks.h"

@@ -99,6 +99,7 @@ struct Padding {
         if (src == nullptr || dst == nullptr) return VEXA_MEMCPY_D2D_ERROR;
         const Visible columns = visible(srcWidth, margins.left, width);
         const Visible rows = visible(srcHeight, margins.top, height);
+        if (columns.count == 0 || rows.count == 0) return VEXA_SUCCESS;
         const std::size_t pixelBytes = sizeof(T) * static_cast<std::size_t>(channels);
         const auto at = [&](T* pixels, int pitch, int x, int y) {
             return platform::Target{reinterpret_cast<char*>(pixels) + static_cast<std::ptrdiff_t>(y) * pitch +
@@ -109,7 +110,6 @@ struct Padding {
         const platform::Target from = at(src, srcPitch, columns.first, rows.first);
         const platform::Extent2D extent{static_cast<std::size_t>(columns.count) * pixelBytes,
                                         static_cast<std::size_t>(rows.count)};
-        if (extent.rowBytes == 0 || extent.rows == 0) return VEXA_SUCCESS;
         return platform::copyOnDevice(to, {from.first, from.pitch}, extent, stream);
     }
 
@@ -127,13 +127,14 @@ VexaStatus pad(const Padding<T>& padding, int srcWidth, int srcHeight, const flo
                cudaStream_t stream)
 {
     if (const VexaStatus failed = padding.copyInterior(srcWidth, srcHeight, stream)) return failed;
+    if (padding.channels != 1 && padding.channels != 3) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
+    if (values == nullptr) return VEXA_INVALID_ARG_ERROR;
     const auto value = [=](int channel) {
         const auto constant = static_cast<double>(values[channel]);
         return saturated<T>(std::min(constant, static_cast<double>(highest)));
     };
     if (padding.channels == 1) return padding.fillBorder(kernel_pad_C1<T>, stream, value(0));
-    if (padding.channels == 3) return padding.fillBorder(kernel_pad_C3<T>, stream, value(0), value(1), value(2));
-    return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
+    return padding.fillBorder(kernel_pad_C3<T>, stream, value(0), value(1), value(2));
 }
 
 }  // namespace
@@ -172,7 +173,6 @@ VexaStatus padImage(const VexaImage& src, VexaImage& dst, const Vexa32s top, con
             matchOrCreate(dst, src, {same::channels, same::depth}, width, height, src.depth(), src.channels()))
         return failed;
     if (src.depth() != 8 && src.depth() != 16) return VEXA_DEPTH_NOT_SUPPORTED_ERROR;
-    if (values == nullptr) return VEXA_INVALID_ARG_ERROR;
     if (src.depth() == 8)
         return vexa_pad_8u(src.ptr<u8>(), dst.ptr<u8>(), src.width(), src.height(), src.pitch(), dst.pitch(),
                            src.channels(), top, bottom, left, right, values, handle(stream));

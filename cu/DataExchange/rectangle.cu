@@ -2,6 +2,7 @@
 /// Filled rectangles.
 
 #include <algorithm>
+#include <utility>
 
 #include "arguments.h"
 #include "checks.h"
@@ -12,8 +13,7 @@ using namespace vexa;
 template <typename T>
 VEXA_KERNEL kernel_rectangle_c3(T* img, int width, int height, int pitch, T c0, T c1, T c2)
 {
-    mapElements<3>(
-        width, height, Plane<T>{img, pitch}, [](T value) { return value; }, PerChannel<T, 3>{{c0, c1, c2}});
+    fillPixels<3>(width, height, Plane<T>{img, pitch}, PerChannel<T, 3>{{c0, c1, c2}});
 }
 
 namespace {

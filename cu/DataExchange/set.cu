@@ -2,6 +2,8 @@
 /// The whole-image fills of VexaImage, with their workers. Two saturate the value; the one of a single channel takes
 /// its low bits. That is meant.
 
+#include <algorithm>
+
 #include "arguments.h"
 #include "checks.h"
 #include "dispatch.h"
@@ -21,8 +23,7 @@ namespace {
 template <typename T, int C>
 VEXA_LOCAL_KERNEL setPixels(T* dst, int width, int height, int pitch, PerChannel<T, C> values)
 {
-    mapElements<C>(
-        width, height, Plane<T>{dst, pitch}, [](T value) { return value; }, values);
+    fillPixels<C>(width, height, Plane<T>{dst, pitch}, values);
 }
 
 template <typename T, int C>
@@ -34,7 +35,7 @@ VexaStatus launchSet(T* dst, int width, int height, int pitch, const PerChannel<
 }
 
 template <typename T>
-PerChannel<T, 3> saturatedColor(const VexaScalar& values)
+PerChannel<T, 3> colorOf(const VexaScalar& values)
 {
     return {{saturated<T>(values[0]), saturated<T>(values[1]), saturated<T>(values[2])}};
 }
@@ -52,7 +53,7 @@ VexaStatus vexa_set_8uc1(Vexa8u* dst, Vexa32s width, Vexa32s height, Vexa32s pit
 VexaStatus vexa_set_8uc3(Vexa8u* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const VexaScalar& values,
                          cudaStream_t stream)
 {
-    return launchSet(dst, width, height, pitch, saturatedColor<u8>(values), stream);
+    return launchSet(dst, width, height, pitch, colorOf<u8>(values), stream);
 }
 
 VexaStatus vexa_set_16uc1(Vexa16u* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const Vexa64f value,
@@ -64,7 +65,7 @@ VexaStatus vexa_set_16uc1(Vexa16u* dst, Vexa32s width, Vexa32s height, Vexa32s p
 VexaStatus vexa_set_16uc3(Vexa16u* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const VexaScalar& values,
                           cudaStream_t stream)
 {
-    return launchSet(dst, width, height, pitch, saturatedColor<u16>(values), stream);
+    return launchSet(dst, width, height, pitch, colorOf<u16>(values), stream);
 }
 
 VexaStatus vexa_set_32fc1(Vexa32f* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const Vexa64f value,
@@ -76,7 +77,7 @@ VexaStatus vexa_set_32fc1(Vexa32f* dst, Vexa32s width, Vexa32s height, Vexa32s p
 VexaStatus vexa_set_32fc3(Vexa32f* dst, Vexa32s width, Vexa32s height, Vexa32s pitch, const VexaScalar& values,
                           cudaStream_t stream)
 {
-    return launchSet(dst, width, height, pitch, saturatedColor<f32>(values), stream);
+    return launchSet(dst, width, height, pitch, colorOf<f32>(values), stream);
 }
 
 namespace {

@@ -1,8 +1,8 @@
 /// @file
-/// The shapes of kernels. A kernel is a function template whose body is one call of a shape with a plain lambda as its
-/// rule. Under nvcc that call does this thread's share of the image; on the host it does the whole image, on all
-/// cores. A kernel is complete under any grid of threads (forEachBlock wants blocks of 16 by 16); `launch` picks one
-/// and stands for every launch.
+/// The shapes of kernels. A kernel is a function template whose body is a call of a shape with a lambda or a function
+/// object as its rule. Under nvcc that call does this thread's share of the image; on the host it does the whole image,
+/// on all cores. A kernel is complete under any grid of threads (forEachBlock wants blocks of 16 by 16); `launch` picks
+/// one and stands for every launch.
 
 #pragma once
 
@@ -184,3 +184,15 @@ bool isNull(const T& argument)
 #else
 #include "kernels_host.h"
 #endif
+
+namespace vexa {
+
+/// Every pixel = values.
+template <int C, typename T>
+VEXA_DEVICE void fillPixels(int width, int height, Plane<T> dst, const PerChannel<T, C>& values)
+{
+    mapElements<C>(
+        width, height, dst, [](T value) { return value; }, values);
+}
+
+}  // namespace vexa
