@@ -31,5 +31,6 @@ std::vector<Benchmark> logicBenchmarks(VexaSize size);
 std::vector<Benchmark> mathBenchmarks(VexaSize size);
 std::vector<Benchmark> conversionBenchmarks(VexaSize size);
 std::vector<Benchmark> fillBenchmarks(VexaSize size);
+std::vector<Benchmark> colorBenchmarks(VexaSize size);
 
 }  // namespace bench

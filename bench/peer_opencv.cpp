@@ -2,6 +2,7 @@
 /// OpenCV as the opponent, on the same pixels: on the host an image's buffer is memory that a cv::Mat can name.
 
 #include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include "peer.h"
 
@@ -20,6 +21,20 @@ struct Opponent {
 cv::Scalar scalar(const Parameters& parameters, std::size_t first = 0)
 {
     return {parameters[first], parameters[first + 1], parameters[first + 2]};
+}
+
+/// A conversion of cv::cvtColor.
+template <int code>
+void cvtColor(const Mats& src, cv::Mat& dst, const Parameters& /*parameters*/)
+{
+    cv::cvtColor(src[0], dst, code);
+}
+
+/// By the channels of the source, where the opponent has two codes.
+template <int code, int codeOfFour>
+void cvtColorByChannels(const Mats& src, cv::Mat& dst, const Parameters& /*parameters*/)
+{
+    cv::cvtColor(src[0], dst, src[0].channels() == 4 ? codeOfFour : code);
 }
 
 const Opponent opponents[] = {
@@ -87,6 +102,22 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
          cv::extractChannel(src[0], dst, static_cast<int>(parameters[0]));
      }},
+    {"rgb2gray", "cv::cvtColor BGR2GRAY", cvtColorByChannels<cv::COLOR_BGR2GRAY, cv::COLOR_BGRA2GRAY>},
+    {"gray2rgb", "cv::cvtColor GRAY2BGR", cvtColor<cv::COLOR_GRAY2BGR>},
+    {"rgb2yuv", "cv::cvtColor BGR2YUV", cvtColor<cv::COLOR_BGR2YUV>},
+    {"yuv2rgb", "cv::cvtColor YUV2BGR", cvtColor<cv::COLOR_YUV2BGR>},
+    {"rgb2ycbcr", "cv::cvtColor BGR2YCrCb", cvtColor<cv::COLOR_BGR2YCrCb>},
+    {"ycbcr2rgb", "cv::cvtColor YCrCb2BGR", cvtColor<cv::COLOR_YCrCb2BGR>},
+    {"rgb2hsv", "cv::cvtColor BGR2HSV_FULL", cvtColor<cv::COLOR_BGR2HSV_FULL>},
+    {"hsv2rgb", "cv::cvtColor HSV2BGR_FULL", cvtColor<cv::COLOR_HSV2BGR_FULL>},
+    {"rgb2Lab", "cv::cvtColor BGR2Lab", cvtColor<cv::COLOR_BGR2Lab>},
+    {"Lab2rgb", "cv::cvtColor Lab2BGR", cvtColor<cv::COLOR_Lab2BGR>},
+    {"channelSplit", "cv::split",
+     [](const Mats& src, cv::Mat&, const Parameters&) {
+         Mats planes(src.begin() + 1, src.end());
+         cv::split(src[0], planes);
+     }},
+    {"channelMerge", "cv::merge", [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::merge(src, dst); }},
     {"random", "cv::randu", [](const Mats&, cv::Mat& dst, const Parameters&) { cv::randu(dst, 0, 1); }},
     {"NOT", "cv::bitwise_not", [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::bitwise_not(src[0], dst); }},
     {"convertScale", "cv::Mat::convertTo",

@@ -58,17 +58,27 @@ struct HsvOfFloat {
     VEXA_DEVICE Pixel<float, 3> operator()(Pixel<float, 3> pixel) const { return hsvOf(colorOf<seq>(pixel)); }
 };
 
-/// Blue, green and red of hue, saturation and value in bytes: six regions of 43 steps of hue each.
-VEXA_DEVICE Pixel<u8, 3> bgrOf(int h, int s, int v)
+/// (a * b) / 256 of bytes, in 16 bits: twice as many fill a vector register as in 32.
+VEXA_DEVICE u16 scaled(u16 a, u16 b)
 {
-    const int region = h / 43;
-    const int rest = (h - 43 * region) * 6;
-    const auto p = (v * (255 - s)) >> 8;
-    const auto q = (v * (255 - ((s * rest) >> 8))) >> 8;
-    const auto t = (v * (255 - ((s * (255 - rest)) >> 8))) >> 8;
-    const int red = region == 1 ? q : region == 2 || region == 3 ? p : region == 4 ? t : v;
-    const int green = region == 0 ? t : region == 1 || region == 2 ? v : region == 3 ? q : p;
-    const int blue = region == 0 || region == 1 ? p : region == 2 ? t : region == 3 || region == 4 ? v : q;
+    return static_cast<u16>(static_cast<u16>(a * b) >> 8);
+}
+
+/// Blue, green and red of hue, saturation and value in bytes: six regions of 43 steps of hue each. In all of them one
+/// primary is the value, one the lowest, and one between, which rises in even regions and falls in odd ones.
+VEXA_DEVICE Pixel<u8, 3> bgrOf(u16 h, u16 s, u16 v)
+{
+    const u16 full = 255;
+    const auto region = static_cast<u16>(static_cast<u16>(h * 191) >> 13);  // h / 43 for every byte
+    const auto rest = static_cast<u16>((h - 43 * region) * 6);
+    const u16 distance = (region & 1) == 0 ? static_cast<u16>(full - rest) : rest;
+    const u16 lowest = scaled(v, static_cast<u16>(full - s));
+    const u16 between = scaled(v, static_cast<u16>(full - scaled(s, distance)));
+    const auto lowPair = static_cast<u16>(region >> 1);         // 0 1, 2 3, 4 5: lowest is blue, red, green
+    const auto highPair = static_cast<u16>((region + 1) >> 1);  // 5 0, 1 2, 3 4: highest is red, green, blue
+    const u16 red = lowPair == 1 ? lowest : highPair == 0 || highPair == 3 ? v : between;
+    const u16 green = lowPair == 2 ? lowest : highPair == 1 ? v : between;
+    const u16 blue = lowPair == 0 ? lowest : highPair == 2 ? v : between;
     const bool isGray = s == 0;
     return {
         {static_cast<u8>(isGray ? v : blue), static_cast<u8>(isGray ? v : green), static_cast<u8>(isGray ? v : red)}};
@@ -82,7 +92,7 @@ struct BgrOf8 {
 };
 
 struct BgrOfFloat {
-    static VEXA_DEVICE int byteOf(float value) { return static_cast<u8>(truncateToUnsigned(value * 255.0F)); }
+    static VEXA_DEVICE u8 byteOf(float value) { return static_cast<u8>(truncateToUnsigned(value * 255.0F)); }
 
     VEXA_DEVICE Pixel<float, 3> operator()(Pixel<float, 3> hsv) const
     {

@@ -74,65 +74,99 @@ VEXA_KERNEL k444_422(Vexa16u* src, Vexa16u* dst, int width, int srcPitch, int he
 
 namespace {
 
-long long ceilDivide(long long value, long long divisor)
-{
-    return (value + divisor - 1) / divisor;
-}
-
-/// A temporary of linear 4:2:2 samples, in whole groups.
-struct Linear {
-    void* block = nullptr;
-    long long groups;
-
-    Linear(int width, int height) : groups(ceilDivide(2LL * std::max(width, 0) * std::max(height, 0), samplesPerGroup))
+/// A temporary of linear 4:2:2 samples for a band of rows at a time. Three rows of pairs fill whole groups, so bands
+/// can be converted one by one; they stay in the caches.
+class Linear {
+public:
+    Linear(int pairs, int height) : _pairs(std::max(pairs, 0)), _height(std::max(height, 0))
     {
-        if (platform::allocate(block, groupBytes * static_cast<std::size_t>(groups))) block = nullptr;
+        constexpr long long bandBytes = 4 << 20;
+        const long long threeRows = static_cast<long long>(groupBytes) * std::max(_pairs, 1);
+        _rows = static_cast<int>(std::min<long long>(3 * std::max(bandBytes / threeRows, 1LL), _height));
+        if (platform::allocate(_block, groupBytes * static_cast<std::size_t>(groupsOf(_rows)))) _block = nullptr;
     }
 
-    Vexa16u* samples() const { return static_cast<Vexa16u*>(block); }
+    Vexa16u* samples() const { return static_cast<Vexa16u*>(_block); }
 
-    /// For samples that no source reaches.
+    /// Samples that no source reaches are 0.
     void clear(cudaStream_t stream) const
     {
-        (void)platform::setBytes({block, groupBytes}, 0, {groupBytes, static_cast<std::size_t>(groups)}, stream);
+        (void)platform::setBytes({_block, groupBytes}, 0, {groupBytes, static_cast<std::size_t>(groupsOf(_rows))},
+                                 stream);
+    }
+
+    [[nodiscard]] VexaStatus release() const { return platform::release(_block); }
+
+    /// band(first row, rows, first group, groups) for one band after the other.
+    template <typename Band>
+    void forEachBand(const Band& band) const
+    {
+        for (int y = 0; y < _height; y += _rows) {
+            const int rows = std::min(_rows, _height - y);
+            band(y, rows, groupsOf(y), groupsOf(rows));
+        }
     }
 
 private:
     static constexpr std::size_t groupBytes = samplesPerGroup * sizeof(Vexa16u);
+
+    /// Three pairs fill a group.
+    long long groupsOf(int rows) const { return (static_cast<long long>(_pairs) * rows + 2) / 3; }
+
+    void* _block = nullptr;
+    int _pairs;
+    int _height;
+    int _rows;
 };
+
+/// How many of `groups` groups from `first` on lie in packed memory of `bytes`.
+long long groupsInside(long long first, long long groups, long long bytes)
+{
+    return std::clamp(bytes / bytesPerGroup - first, 0LL, groups);
+}
 
 int wordsOf(long long groups)
 {
     return static_cast<int>(wordsPerGroup * groups);
 }
 
-/// `bytes` of packed words are there. `rows` of 4:4:4 pixels are written, each from its place in the linear samples.
+/// `bytes` of packed words are there; `rows` of the 4:4:4 pixels are written.
 VexaStatus unpack(Vexa32u* src, long long bytes, Vexa16u* dst, int width, int height, int rows, int dstPitch,
                   cudaStream_t stream)
 {
-    const Linear linear(width, height);
-    const long long groups = std::min(bytes / bytesPerGroup, linear.groups);
-    if (groups < linear.groups) linear.clear(stream);
-    launch(v210_to_yuv422_unpack_kernel, itemExtent(groups), stream, src, linear.samples(), wordsOf(groups));
     const int pairs = width / 2;
-    launch(yuv422_to_444_16u_c2_kernel, Extent{pairs, rows}, stream, linear.samples(), dst, pairs, rows,
-           elements<u16>(dstPitch), pairs);
+    const int pitch = elements<u16>(dstPitch);
+    const Linear linear(pairs, height);
+    linear.forEachBand([&](int y, int bandRows, long long first, long long groups) {
+        const long long present = groupsInside(first, groups, bytes);
+        if (present < groups) linear.clear(stream);
+        launch(v210_to_yuv422_unpack_kernel, itemExtent(present), stream, src + wordsPerGroup * first, linear.samples(),
+               wordsOf(present));
+        const int written = std::min(bandRows, rows - y);
+        launch(yuv422_to_444_16u_c2_kernel, Extent{pairs, written}, stream, linear.samples(),
+               dst + static_cast<std::ptrdiff_t>(y) * pitch, pairs, written, pitch, pairs);
+    });
     if (platform::synchronizeDevice()) return VEXA_CUDA_KERNEL_EXECUTION_ERROR;
-    (void)platform::release(linear.block);
+    (void)linear.release();
     return VEXA_SUCCESS;
 }
 
-/// `rows` of 4:4:4 pixels are read, `bytes` of packed words are written.
+/// `rows` of the 4:4:4 pixels are read; `bytes` of packed words are written.
 VexaStatus pack(Vexa16u* src, int width, int height, int rows, int srcPitch, Vexa32u* dst, long long bytes,
                 cudaStream_t stream)
 {
-    const Linear linear(width, height);
     const int pairs = width / 2;
-    if (4LL * pairs * rows < samplesPerGroup * linear.groups) linear.clear(stream);
-    launch(k444_422, Extent{pairs, rows}, stream, src, linear.samples(), pairs, elements<u16>(srcPitch), rows);
-    const long long groups = std::min(bytes / bytesPerGroup, linear.groups);
-    launch(k422_v210, itemExtent(groups), stream, linear.samples(), dst, wordsOf(groups));
-    return platform::release(linear.block);
+    const int pitch = elements<u16>(srcPitch);
+    const Linear linear(pairs, height);
+    linear.forEachBand([&](int y, int bandRows, long long first, long long groups) {
+        const int read = std::min(bandRows, rows - y);
+        if (static_cast<long long>(pairs) * read < 3 * groups) linear.clear(stream);
+        launch(k444_422, Extent{pairs, read}, stream, src + static_cast<std::ptrdiff_t>(y) * pitch, linear.samples(),
+               pairs, pitch, read);
+        const long long present = groupsInside(first, groups, bytes);
+        launch(k422_v210, itemExtent(present), stream, linear.samples(), dst + wordsPerGroup * first, wordsOf(present));
+    });
+    return linear.release();
 }
 
 /// Rows of pairs of 4:4:4 pixels that an image holds; it may have any channels.

@@ -46,7 +46,9 @@ struct YuvOf16 {
         const float y = multiplyAdd(0.114F, blue, multiplyAdd(0.587F, green, 0.299F * red));
         const float u = multiplyAdd(0.5F, blue, multiplyAdd(-0.331264F, green, -0.168736F * red));
         // V alone is summed in double.
-        const double v = static_cast<double>(0.5F * red) - 0.418688 * color.green - 0.081312 * color.blue;
+        const double v =
+            multiplyAdd(-0.081312, static_cast<double>(blue),
+                        multiplyAdd(-0.418688, static_cast<double>(green), static_cast<double>(0.5F * red)));
         return {{saturate<u16>(y, range), saturate<u16>(u, range), saturate<u16>(static_cast<float>(v), range)}};
     }
 };

@@ -22,6 +22,11 @@ VEXA_DEVICE float multiplyAdd(float a, float b, float c)
     return fmaf(a, b, c);
 }
 
+VEXA_DEVICE double multiplyAdd(double a, double b, double c)
+{
+    return fma(a, b, c);
+}
+
 /// 1 / x. The device's approximation is within 1 unit in the last place; the host's is rounded correctly.
 VEXA_DEVICE float reciprocal(float x)
 {
