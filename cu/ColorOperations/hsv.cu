@@ -71,7 +71,8 @@ VEXA_DEVICE Pixel<u8, 3> bgrOf(u16 h, u16 s, u16 v)
     const u16 full = 255;
     const auto region = static_cast<u16>(static_cast<u16>(h * 191) >> 13);  // h / 43 for every byte
     const auto rest = static_cast<u16>((h - 43 * region) * 6);
-    const u16 distance = (region & 1) == 0 ? static_cast<u16>(full - rest) : rest;
+    const auto falling = static_cast<u16>(region & 1);
+    const auto distance = static_cast<u16>(falling * rest + (1 - falling) * (full - rest));
     const u16 lowest = scaled(v, static_cast<u16>(full - s));
     const u16 between = scaled(v, static_cast<u16>(full - scaled(s, distance)));
     const auto lowPair = static_cast<u16>(region >> 1);         // 0 1, 2 3, 4 5: lowest is blue, red, green
