@@ -10,12 +10,16 @@
 /// A kernel: callers on raw pointers know it by name, so its host stub is exported.
 #define VEXA_KERNEL __attribute__((visibility("default"))) __global__ void
 
+/// A kernel that the library alone launches.
+#define VEXA_OWN_KERNEL __global__ void
+
 /// A function that kernels call for every element.
 #define VEXA_DEVICE __device__ __forceinline__
 
 #else
 
 #define VEXA_KERNEL __attribute__((visibility("default"), used)) void
+#define VEXA_OWN_KERNEL void
 #define VEXA_DEVICE inline __attribute__((always_inline))
 
 #endif

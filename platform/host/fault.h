@@ -19,6 +19,10 @@ enum class Call {
     currentDevice,
     deviceCount,
     synchronizeDevice,
+    scratchSize,
+    statistic,
+    luFactor,
+    luInvert,
     count
 };
 

@@ -1,0 +1,676 @@
+/// @file
+/// The statistics of the seam, written with kernels: the host platform's own, and a GPU's where no vendor library is at
+/// hand. A kernel folds the tiles of an image into partial results in the scratch block, a second one merges these.
+///
+/// Sums of integers are exact. Sums of floats are kept in double, in an order that depends on the size of the image
+/// alone.
+
+#include <cmath>
+#include <limits>
+
+#include "arithmetic.h"
+#include "fault.h"
+#include "fold.h"
+#include "platform.h"
+
+using namespace vexa;
+using platform::Statistic;
+
+namespace {
+
+/// What sums of many elements are kept in: exact for integers.
+template <typename T>
+using Wide = std::conditional_t<std::is_integral_v<T>, unsigned long long, double>;
+
+/// What holds the sum of a tile's elements, or of their squares.
+template <typename T>
+using TileSum = std::conditional_t<std::is_integral_v<T>, unsigned, double>;
+template <typename T>
+using TileSquares = std::conditional_t<std::is_same_v<T, u16>, unsigned long long, TileSum<T>>;
+
+// ---- inputs: what a fold takes of a pixel ----
+
+/// The elements of an image of C channels.
+template <typename T, int C>
+struct Elements {
+    static constexpr int bytesPerPixel = sizeof(T) * C;
+
+    struct Row {
+        const T* first;
+        VEXA_DEVICE T operator()(int x, int i) const { return first[x * C + i]; }
+    };
+
+    Plane<const T> plane;
+
+    VEXA_DEVICE Row row(int x, int y) const { return {plane.row(y) + static_cast<std::ptrdiff_t>(x) * C}; }
+};
+
+/// Whether the mask selects the pixel of an element.
+template <int C>
+struct Mask {
+    static constexpr int bytesPerPixel = 1;
+
+    struct Row {
+        const u8* first;
+        VEXA_DEVICE bool operator()(int x, int i) const { return first[x + i / C] != 0; }
+    };
+
+    Plane<const u8> plane;
+
+    VEXA_DEVICE Row row(int x, int y) const { return {plane.row(y) + x}; }
+};
+
+/// The mask that selects every pixel.
+struct Everywhere {
+    static constexpr int bytesPerPixel = 0;
+
+    struct Row {
+        VEXA_DEVICE bool operator()(int /*x*/, int /*i*/) const { return true; }
+    };
+
+    VEXA_DEVICE Row row(int /*x*/, int /*y*/) const { return {}; }
+};
+
+// ---- folds: lanes that take elements, and the totals that they come to ----
+
+template <typename T>
+inline constexpr T least = std::is_integral_v<T> ? std::numeric_limits<T>::lowest()
+                                                 : -std::numeric_limits<T>::infinity();
+template <typename T>
+inline constexpr T most = std::is_integral_v<T> ? std::numeric_limits<T>::max() : std::numeric_limits<T>::infinity();
+
+/// The smallest and the largest element; a NaN is neither.
+template <typename T, int C>
+struct Extremes {
+    static constexpr int lanes = laneCount<T>;
+
+    struct Total {
+        T min[C];
+        T max[C];
+
+        VEXA_DEVICE static Total none()
+        {
+            Total total;
+            for (int c = 0; c < C; ++c) {
+                total.min[c] = most<T>;
+                total.max[c] = least<T>;
+            }
+            return total;
+        }
+
+        VEXA_DEVICE void merge(const Total& other)
+        {
+            for (int c = 0; c < C; ++c) {
+                min[c] = other.min[c] < min[c] ? other.min[c] : min[c];
+                max[c] = other.max[c] > max[c] ? other.max[c] : max[c];
+            }
+        }
+    };
+
+    T min[lanes * C];
+    T max[lanes * C];
+
+    VEXA_DEVICE Extremes()
+    {
+        for (int i = 0; i < lanes * C; ++i) {
+            min[i] = most<T>;
+            max[i] = least<T>;
+        }
+    }
+
+    VEXA_DEVICE void take(int lane, T element)
+    {
+        min[lane] = element < min[lane] ? element : min[lane];
+        max[lane] = element > max[lane] ? element : max[lane];
+    }
+
+    VEXA_DEVICE Total total() const
+    {
+        Total total = Total::none();
+        for (int i = 0; i < lanes * C; i += C) {
+            Total lane;
+            for (int c = 0; c < C; ++c) {
+                lane.min[c] = min[i + c];
+                lane.max[c] = max[i + c];
+            }
+            total.merge(lane);
+        }
+        return total;
+    }
+};
+
+/// One number a channel that adds up.
+template <typename Number, int C>
+struct Numbers {
+    Number sum[C];
+
+    VEXA_DEVICE static Numbers none() { return {}; }
+
+    VEXA_DEVICE void merge(const Numbers& other)
+    {
+        for (int c = 0; c < C; ++c) sum[c] += other.sum[c];
+    }
+};
+
+/// The sum of the lanes of each channel, in their order.
+template <typename Number, int C, typename Word, std::size_t N>
+VEXA_DEVICE Numbers<Number, C> sumOfLanes(const Word (&lane)[N])
+{
+    Numbers<Number, C> total = {};
+    for (int i = 0; i < static_cast<int>(N); ++i) total.sum[i % C] += lane[i];
+    return total;
+}
+
+/// The sum of the elements.
+template <typename T, int C>
+struct Sum {
+    static constexpr int lanes = laneCount<TileSum<T>>;
+    using Total = Numbers<Wide<T>, C>;
+
+    TileSum<T> sum[lanes * C] = {};
+
+    VEXA_DEVICE void take(int lane, T element) { sum[lane] += static_cast<TileSum<T>>(element); }
+    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sum); }
+};
+
+/// The sum of the squares of the elements.
+template <typename T, int C>
+struct Squares {
+    static constexpr int lanes = laneCount<TileSquares<T>>;
+    using Total = Numbers<Wide<T>, C>;
+
+    TileSquares<T> sum[lanes * C] = {};
+
+    VEXA_DEVICE void take(int lane, T element)
+    {
+        const auto value = static_cast<TileSquares<T>>(element);
+        sum[lane] += value * value;
+    }
+    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sum); }
+};
+
+/// The sum of the products of the elements of two float images.
+template <int C>
+struct Products {
+    static constexpr int lanes = laneCount<double>;
+    using Total = Numbers<double, C>;
+
+    double sum[lanes * C] = {};
+
+    VEXA_DEVICE void take(int lane, f32 a, f32 b) { sum[lane] += static_cast<double>(a) * static_cast<double>(b); }
+    VEXA_DEVICE Total total() const { return sumOfLanes<double, C>(sum); }
+};
+
+/// Bounds for each channel.
+template <typename T, int C>
+struct Bounds {
+    T lowest[C];
+    T highest[C];
+};
+
+/// How many elements lie within bounds.
+template <typename T, int C>
+struct CountWithin {
+    static constexpr int lanes = laneCount<unsigned>;
+    using Total = Numbers<unsigned, C>;
+
+    T lowest[lanes * C];
+    T highest[lanes * C];
+    unsigned count[lanes * C] = {};
+
+    VEXA_DEVICE explicit CountWithin(const Bounds<T, C>& bounds)
+    {
+        for (int i = 0; i < lanes * C; ++i) {
+            lowest[i] = bounds.lowest[i % C];
+            highest[i] = bounds.highest[i % C];
+        }
+    }
+
+    VEXA_DEVICE void take(int lane, T element)
+    {
+        count[lane] += static_cast<unsigned>(element >= lowest[lane]) & static_cast<unsigned>(element <= highest[lane]);
+    }
+    VEXA_DEVICE Total total() const { return sumOfLanes<unsigned, C>(count); }
+};
+
+/// Mean and deviation of whole numbers, from exact sums.
+template <typename T, int C>
+struct IntegerMoments {
+    static constexpr int lanes = laneCount<unsigned>;
+
+    struct Total {
+        Numbers<unsigned long long, C> count;
+        Numbers<unsigned long long, C> sum;
+        Numbers<unsigned long long, C> squares;
+
+        VEXA_DEVICE static Total none() { return {}; }
+
+        VEXA_DEVICE void merge(const Total& other)
+        {
+            count.merge(other.count);
+            sum.merge(other.sum);
+            squares.merge(other.squares);
+        }
+
+        VEXA_DEVICE double mean(int c) const
+        {
+            return count.sum[c] == 0 ? 0 : static_cast<double>(sum.sum[c]) / static_cast<double>(count.sum[c]);
+        }
+
+        /// The moments about the whole number next to the mean are exact too, and small: nothing cancels. Terms on the
+        /// way may pass 64 bits, but the difference is right modulo 2^64.
+        VEXA_DEVICE double variance(int c) const
+        {
+            if (count.sum[c] == 0) return 0;
+            const auto n = static_cast<double>(count.sum[c]);
+            const auto centre = static_cast<unsigned long long>(mean(c) + 0.5);
+            const auto rest = static_cast<long long>(sum.sum[c] - count.sum[c] * centre);
+            const unsigned long long about = squares.sum[c] - 2 * centre * sum.sum[c] + count.sum[c] * centre * centre;
+            const double offset = static_cast<double>(rest) / n;
+            return static_cast<double>(about) / n - offset * offset;
+        }
+    };
+
+    unsigned count[lanes * C] = {};
+    unsigned sum[lanes * C] = {};
+    TileSquares<T> squares[lanes * C] = {};
+
+    VEXA_DEVICE void take(int lane, T element, bool selected)
+    {
+        const unsigned value = selected ? element : 0U;
+        count[lane] += selected ? 1U : 0U;
+        sum[lane] += value;
+        squares[lane] += static_cast<TileSquares<T>>(value) * value;
+    }
+
+    VEXA_DEVICE Total total() const
+    {
+        using Number = unsigned long long;
+        return {sumOfLanes<Number, C>(count), sumOfLanes<Number, C>(sum), sumOfLanes<Number, C>(squares)};
+    }
+};
+
+/// Mean and deviation of floats. A tile's elements are taken relative to the first of them, so that a small deviation
+/// from a large mean keeps its digits and a constant image deviates by exactly 0; tiles are merged by the formula of
+/// Chan, Golub and LeVeque.
+template <int C>
+struct FloatMoments {
+    static constexpr int lanes = laneCount<double>;
+
+    struct Total {
+        double count;
+        double centre[C];
+        double about[C];  ///< sum of the squared differences from the centre
+
+        VEXA_DEVICE static Total none() { return {}; }
+
+        VEXA_DEVICE void merge(const Total& other)
+        {
+            if (other.count == 0) return;
+            const double weight = other.count / (count + other.count);
+            for (int c = 0; c < C; ++c) {
+                const double apart = other.centre[c] - centre[c];
+                about[c] += other.about[c] + (count == 0 ? 0 : apart * apart * count * weight);
+                centre[c] += apart * weight;
+            }
+            count += other.count;
+        }
+
+        VEXA_DEVICE double mean(int c) const { return centre[c]; }
+        VEXA_DEVICE double variance(int c) const { return count == 0 ? 0 : about[c] / count; }
+    };
+
+    double first[lanes * C] = {};
+    unsigned count[lanes * C] = {};
+    double sum[lanes * C] = {};
+    double squares[lanes * C] = {};
+
+    VEXA_DEVICE void take(int lane, f32 element, bool selected)
+    {
+        const double difference = selected ? static_cast<double>(element) - first[lane] : 0.0;
+        count[lane] += selected ? 1U : 0U;
+        sum[lane] += difference;
+        squares[lane] += difference * difference;
+    }
+
+    VEXA_DEVICE Total total() const
+    {
+        const double n = sumOfLanes<unsigned, C>(count).sum[0];
+        Total total = {n, {}, {}};
+        if (n == 0) return total;
+        const Numbers<double, C> sums = sumOfLanes<double, C>(sum);
+        const Numbers<double, C> squared = sumOfLanes<double, C>(squares);
+        for (int c = 0; c < C; ++c) {
+            const double offset = sums.sum[c] / n;
+            const double about = squared.sum[c] - sums.sum[c] * offset;
+            total.centre[c] = first[c] + offset;
+            total.about[c] = about < 0 ? 0 : about;
+        }
+        return total;
+    }
+};
+
+template <typename T, int C>
+using Moments = std::conditional_t<std::is_integral_v<T>, IntegerMoments<T, C>, FloatMoments<C>>;
+
+// ---- how a fold begins on a tile ----
+
+template <typename Fold>
+struct FromNothing {
+    template <typename... Input>
+    VEXA_DEVICE Fold operator()(Tile, Share, const Input&...) const
+    {
+        return {};
+    }
+};
+
+template <typename T, int C>
+struct FromBounds {
+    Bounds<T, C> bounds;
+
+    template <typename Input>
+    VEXA_DEVICE CountWithin<T, C> operator()(Tile, Share, const Input&) const
+    {
+        return CountWithin<T, C>(bounds);
+    }
+};
+
+/// From the first selected pixel. An infinite or undefined element is nothing to take others relative to.
+template <int C>
+struct FromFirstPixel {
+    template <typename Selection>
+    VEXA_DEVICE FloatMoments<C> operator()(Tile tile, Share share, const Elements<f32, C>& elements,
+                                           const Selection& selection) const
+    {
+        FloatMoments<C> fold = {};
+        for (int y = share.row; y < tile.height; y += Share::rows)
+            for (int x = share.column; x < tile.width; x += Share::columns) {
+                if (!selection.row(tile.x, tile.y + y)(x, 0)) continue;
+                const auto row = elements.row(tile.x, tile.y + y);
+                for (int i = 0; i < FloatMoments<C>::lanes * C; ++i) {
+                    const f32 element = row(x, i % C);
+                    fold.first[i] = element - element == 0 ? static_cast<double>(element) : 0.0;
+                }
+                return fold;
+            }
+        return fold;
+    }
+};
+
+template <typename T, int C>
+using FromElements = std::conditional_t<std::is_integral_v<T>, FromNothing<Moments<T, C>>, FromFirstPixel<C>>;
+
+// ---- kernels ----
+
+/// One partial result a tile.
+template <int C, typename Fold, typename Begin, typename... Input>
+VEXA_OWN_KERNEL kernel_foldTiles(Tiles tiles, Begin begin, typename Fold::Total* partials, Input... input)
+{
+    using Total = typename Fold::Total;
+    const std::size_t bytesPerTile = static_cast<std::size_t>(tiles.tileWidth) *
+                                     static_cast<std::size_t>(tiles.tileHeight) * (Input::bytesPerPixel + ...);
+    const auto foldOne = [=](int i, Share share) {
+        const Tile tile = tiles[i];
+        Fold fold = begin(tile, share, input...);
+        foldTile<C>(fold, tile, share, input...);
+        return fold.total();
+    };
+    foldEach<Total>(tiles.count, bytesPerTile, foldOne, [=](int i, const Total& total) { partials[i] = total; });
+}
+
+/// Merges the partial results, and stores what the finish makes of them.
+template <typename Total, typename Finish>
+VEXA_OWN_KERNEL kernel_merge(const Total* partials, int count, Finish finish)
+{
+    const auto mergeShare = [=](int, Share share) {
+        Total total = Total::none();
+        for (int i = share.index; i < count; i += Share::count) total.merge(partials[i]);
+        return total;
+    };
+    foldEach<Total>(1, 0, mergeShare, [=](int, const Total& total) { finish(total); });
+}
+
+// ---- what is stored ----
+
+template <typename T, int C, bool wantsMin, bool wantsMax>
+struct StoreExtremes {
+    T* min;
+    T* max;
+
+    VEXA_DEVICE void operator()(const typename Extremes<T, C>::Total& total) const
+    {
+        for (int c = 0; c < C; ++c) {
+            if constexpr (wantsMin) min[c] = total.min[c];
+            if constexpr (wantsMax) max[c] = total.max[c];
+        }
+    }
+};
+
+/// A sum divided by a number.
+template <int C>
+struct StoreQuotient {
+    double* result;
+    double divisor;
+
+    template <typename Number>
+    VEXA_DEVICE void operator()(const Numbers<Number, C>& total) const
+    {
+        for (int c = 0; c < C; ++c) result[c] = static_cast<double>(total.sum[c]) / divisor;
+    }
+};
+
+template <int C>
+struct StoreRoot {
+    double* result;
+
+    template <typename Number>
+    VEXA_DEVICE void operator()(const Numbers<Number, C>& total) const
+    {
+        for (int c = 0; c < C; ++c) result[c] = sqrt(static_cast<double>(total.sum[c]));
+    }
+};
+
+template <int C>
+struct StoreMoments {
+    double* mean;
+    double* stdDev;
+
+    template <typename Total>
+    VEXA_DEVICE void operator()(const Total& total) const
+    {
+        for (int c = 0; c < C; ++c) {
+            mean[c] = total.mean(c);
+            stdDev[c] = sqrt(total.variance(c));
+        }
+    }
+};
+
+template <int C>
+struct StoreCounts {
+    Vexa32s* counts;
+
+    VEXA_DEVICE void operator()(const Numbers<unsigned, C>& total) const
+    {
+        for (int c = 0; c < C; ++c) counts[c] = static_cast<Vexa32s>(total.sum[c]);
+    }
+};
+
+// ---- launches ----
+
+/// Whether rows can be read as they are told.
+template <typename T>
+bool isReadable(const platform::Pixels<T>& image)
+{
+    return image.first != nullptr && image.width > 0 && image.height > 0 && image.pitch >= 0 &&
+           image.pitch % static_cast<int>(sizeof(T)) == 0;
+}
+
+template <typename T, int C>
+Elements<T, C> elementsOf(const platform::Pixels<T>& image)
+{
+    return {{image.first, image.pitch / static_cast<int>(sizeof(T))}};
+}
+
+/// Both kernels. Where the host has no answer to a device's failure, the copy of the results does.
+template <typename Fold, int C, typename Begin, typename Finish, typename... Input>
+void fold(int width, int height, void* scratch, platform::Stream stream, const Begin& begin, const Finish& finish,
+          const Input&... input)
+{
+    using Total = typename Fold::Total;
+    const Tiles tiles = tilesOf(width, height);
+    auto* const partials = static_cast<Total*>(scratch);
+    constexpr int largestGrid = 1 << 20;
+    launch(kernel_foldTiles<C, Fold, Begin, Input...>, {blockSide * std::min(tiles.count, largestGrid), blockSide},
+           stream, tiles, begin, partials, input...);
+    launch(kernel_merge<Total, Finish>, {blockSide, blockSide}, stream, partials, tiles.count, finish);
+}
+
+template <typename T, int C>
+std::size_t bytesOfTotal(Statistic statistic)
+{
+    switch (statistic) {
+        case Statistic::max:
+        case Statistic::min:
+        case Statistic::minMax:
+            return sizeof(typename Extremes<T, C>::Total);
+        case Statistic::sum:
+        case Statistic::mean:
+        case Statistic::norm:
+            return sizeof(Numbers<Wide<T>, C>);
+        case Statistic::countInRange:
+            return sizeof(Numbers<unsigned, C>);
+        case Statistic::dot:
+            return sizeof(Numbers<double, C>);
+        default:
+            return sizeof(typename Moments<T, C>::Total);
+    }
+}
+
+/// Whether a primitive fails before it begins: by fault injection, for rows that can't be read or for want of a block.
+template <typename T, typename... Block>
+bool isRefused(const platform::Pixels<T>& src, const Block*... blocks)
+{
+    using platform::fault::Call;
+    return platform::fault::strikes(Call::statistic) || !isReadable(src) || ((blocks == nullptr) || ...);
+}
+
+/// A statistic of all elements of an image.
+template <typename Fold, int C, typename T, typename Finish, typename... Result>
+VexaStatus reduce(const platform::Pixels<T>& src, void* scratch, const Finish& finish, platform::Stream stream,
+                  const Result*... results)
+{
+    if (isRefused(src, scratch, results...)) return VEXA_INTERNAL_CALL_ERROR;
+    fold<Fold, C>(src.width, src.height, scratch, stream, FromNothing<Fold>{}, finish, elementsOf<T, C>(src));
+    return VEXA_SUCCESS;
+}
+
+}  // namespace
+
+namespace vexa::platform {
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::scratchSize(Statistic statistic, int width, int height, std::size_t& bytes,
+                                         Stream /*stream*/)
+{
+    if (fault::strikes(fault::Call::scratchSize) || width < 1 || height < 1) return VEXA_INTERNAL_CALL_ERROR;
+    bytes = static_cast<std::size_t>(tilesOf(width, height).count) * bytesOfTotal<T, C>(statistic);
+    return VEXA_SUCCESS;
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::max(Pixels<T> src, void* scratch, T* max, Stream stream)
+{
+    return reduce<Extremes<T, C>, C>(src, scratch, StoreExtremes<T, C, false, true>{nullptr, max}, stream, max);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::min(Pixels<T> src, void* scratch, T* min, Stream stream)
+{
+    return reduce<Extremes<T, C>, C>(src, scratch, StoreExtremes<T, C, true, false>{min, nullptr}, stream, min);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::minMax(Pixels<T> src, void* scratch, T* min, T* max, Stream stream)
+{
+    return reduce<Extremes<T, C>, C>(src, scratch, StoreExtremes<T, C, true, true>{min, max}, stream, min, max);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::sum(Pixels<T> src, void* scratch, Vexa64f* sum, Stream stream)
+{
+    return reduce<Sum<T, C>, C>(src, scratch, StoreQuotient<C>{sum, 1.0}, stream, sum);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::mean(Pixels<T> src, void* scratch, Vexa64f* mean, Stream stream)
+{
+    const double pixels = static_cast<double>(src.width) * src.height;
+    return reduce<Sum<T, C>, C>(src, scratch, StoreQuotient<C>{mean, pixels}, stream, mean);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::norm(Pixels<T> src, void* scratch, Vexa64f* norm, Stream stream)
+{
+    return reduce<Squares<T, C>, C>(src, scratch, StoreRoot<C>{norm}, stream, norm);
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::meanStdDev(Pixels<T> src, void* scratch, Vexa64f* mean, Vexa64f* stdDev, Stream stream)
+{
+    if (isRefused(src, scratch, mean, stdDev)) return VEXA_INTERNAL_CALL_ERROR;
+    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromElements<T, C>{}, StoreMoments<C>{mean, stdDev},
+                           elementsOf<T, C>(src), Everywhere{});
+    return VEXA_SUCCESS;
+}
+
+template <typename T, int C>
+VexaStatus Statistics<T, C>::meanStdDev(Pixels<T> src, Pixels<Vexa8u> mask, void* scratch, Vexa64f* mean,
+                                        Vexa64f* stdDev, Stream stream)
+{
+    if (isRefused(src, scratch, mean, stdDev) || !isReadable(mask)) return VEXA_INTERNAL_CALL_ERROR;
+    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromElements<T, C>{}, StoreMoments<C>{mean, stdDev},
+                           elementsOf<T, C>(src), Mask<C>{{mask.first, mask.pitch}});
+    return VEXA_SUCCESS;
+}
+
+template <typename T, int C>
+VexaStatus countInRange(Pixels<T> src, void* scratch, Vexa32s* counts, const T* lowest, const T* highest, Stream stream)
+{
+    if (isRefused(src, scratch, counts)) return VEXA_INTERNAL_CALL_ERROR;
+    FromBounds<T, C> begin = {};
+    for (int c = 0; c < C; ++c) {
+        if (!(lowest[c] <= highest[c])) return VEXA_INTERNAL_CALL_ERROR;
+        begin.bounds.lowest[c] = lowest[c];
+        begin.bounds.highest[c] = highest[c];
+    }
+    fold<CountWithin<T, C>, C>(src.width, src.height, scratch, stream, begin, StoreCounts<C>{counts},
+                               elementsOf<T, C>(src));
+    return VEXA_SUCCESS;
+}
+
+template <int C>
+VexaStatus dot(Pixels<Vexa32f> src1, const Vexa32f* src2, void* scratch, Vexa64f* result, Stream stream)
+{
+    if (isRefused(src1, src2, scratch, result)) return VEXA_INTERNAL_CALL_ERROR;
+    const Pixels<Vexa32f> other{src2, src1.width, src1.height, src1.pitch};
+    fold<Products<C>, C>(src1.width, src1.height, scratch, stream, FromNothing<Products<C>>{},
+                         StoreQuotient<C>{result, 1.0}, elementsOf<f32, C>(src1), elementsOf<f32, C>(other));
+    return VEXA_SUCCESS;
+}
+
+template struct Statistics<u8, 1>;
+template struct Statistics<u8, 3>;
+template struct Statistics<u16, 1>;
+template struct Statistics<u16, 3>;
+template struct Statistics<f32, 1>;
+template struct Statistics<f32, 3>;
+
+template VexaStatus countInRange<u8, 1>(Pixels<u8>, void*, Vexa32s*, const u8*, const u8*, Stream);
+template VexaStatus countInRange<u8, 3>(Pixels<u8>, void*, Vexa32s*, const u8*, const u8*, Stream);
+template VexaStatus countInRange<f32, 1>(Pixels<f32>, void*, Vexa32s*, const f32*, const f32*, Stream);
+template VexaStatus countInRange<f32, 3>(Pixels<f32>, void*, Vexa32s*, const f32*, const f32*, Stream);
+
+template VexaStatus dot<1>(Pixels<f32>, const f32*, void*, Vexa64f*, Stream);
+template VexaStatus dot<3>(Pixels<f32>, const f32*, void*, Vexa64f*, Stream);
+
+}  // namespace vexa::platform
