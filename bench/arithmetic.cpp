@@ -45,7 +45,7 @@ Benchmark make(const Named& named, const Types& types, VexaSize size, const std:
     const Work vexa = [=, call = named.vexa] { (void)call(*a, *b, *result, VexaStream(false)); };
     const Peer peer = peerOf({named.name, {a, b}, expected});
     // A quotient over zero is infinite here and zero in the opponent.
-    if (named.vexa != al::divide) compare(vexa, peer.work, *result, *expected, 0, name);
+    if (named.vexa != static_cast<Operation>(al::divide)) compare(vexa, peer.work, *result, *expected, 0, name);
     const double bytes = bytesOf(types.src1, size) + bytesOf(types.src2, size) + bytesOf(types.dst, size);
     return {name, types.src1, size, bytes, vexa, peer.work, peer.name};
 }

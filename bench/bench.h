@@ -28,5 +28,9 @@ struct Benchmark {
 /// benchmarks are made; a difference ends the program.
 std::vector<Benchmark> arithmeticBenchmarks(VexaSize size);
 std::vector<Benchmark> conversionBenchmarks(VexaSize size);
+std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
+
+/// The benchmarks whose sizes are their own.
+std::vector<Benchmark> matrixBenchmarks();
 
 }  // namespace bench

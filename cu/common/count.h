@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <utility>
+
 #include "kernels.h"
 
 namespace vexa {
@@ -43,6 +45,17 @@ VEXA_DEVICE void countBytes(int width, int height, Plane<const u8> src, unsigned
 
 #else
 
+namespace detail {
+
+/// One byte to each table. As a loop it would be turned into gathers and scatters, which take four times as long.
+template <std::size_t N, std::size_t... i>
+inline void countNeighbours(unsigned (&table)[N][byteValues], const u8* bytes, std::index_sequence<i...>)
+{
+    (++table[i][bytes[i]], ...);
+}
+
+}  // namespace detail
+
 /// Adds the counts of the pixels. Neighbours count in tables of their own: on a constant image one table would wait for
 /// its own last store at every pixel.
 template <int C>
@@ -52,20 +65,19 @@ inline void countBytes(int width, int height, Plane<const u8> src, unsigned* cou
     constexpr int neighbours = C == 1 ? 8 : 4;
     constexpr int step = neighbours * C;
     const std::size_t rowBytes = static_cast<std::size_t>(width) * C;
-    // Counting a byte takes about as long as moving eight.
-    platform::parallelRanges(static_cast<std::size_t>(height), 8 * rowBytes, [=](std::size_t begin, std::size_t end) {
+    platform::parallelRanges(static_cast<std::size_t>(height), rowBytes, [=](std::size_t begin, std::size_t end) {
         unsigned table[step][byteValues] = {};
         for (std::size_t y = begin; y < end; ++y) {
             const u8* const row = src.row(static_cast<int>(y));
             std::size_t x = 0;
             for (; x + step <= rowBytes; x += step)
-                for (int i = 0; i < step; ++i) ++table[i][row[x + static_cast<std::size_t>(i)]];
+                detail::countNeighbours(table, row + x, std::make_index_sequence<step>());
             for (int i = 0; x < rowBytes; ++x, ++i) ++table[i][row[x]];
         }
-        for (int i = 0; i < step; ++i)
-            for (int value = 0; value < byteValues; ++value)
-                if (table[i][value] != 0)
-                    __atomic_fetch_add(&counts[i % C * byteValues + value], table[i][value], __ATOMIC_RELAXED);
+        for (int i = C; i < step; ++i)
+            for (int value = 0; value < byteValues; ++value) table[i % C][value] += table[i][value];
+        for (int i = 0; i < C * byteValues; ++i)
+            __atomic_fetch_add(&counts[i], table[i / byteValues][i % byteValues], __ATOMIC_RELAXED);
     });
 }
 

@@ -59,15 +59,20 @@ inline Tiles tilesOf(int width, int height)
 namespace vexa {
 
 /// fold.take(lane, element...) for every element of a row of `width` pixels, of those in the share. Lanes are
-/// independent of each other, so that a fold over them fills vector registers.
+/// independent of each other, so that a fold over them fills vector registers. What `at<n>` gives of a row are the
+/// elements of n pixels.
 template <int C, typename Fold, typename... Row>
 VEXA_DEVICE void foldRow(Fold& fold, int width, Share share, const Row&... row)
 {
     constexpr int lanes = Fold::lanes;
+    const auto take = [&fold](int lane, int i, const auto&... elements) { fold.take(lane, elements(i)...); };
+    const auto takeSome = [&](const auto&... elements) {
+        forEachLane<lanes * C>([&](int i) { take(i, i, elements...); });
+    };
     int x = share.column;
-    for (; x <= width - lanes; x += lanes * Share::columns)
-        for (int i = 0; i < lanes * C; ++i) fold.take(i, row(x, i)...);
-    for (int i = 0; i < (width - x) * C; ++i) fold.take(i, row(x, i)...);
+    for (; x <= width - lanes; x += lanes * Share::columns) takeSome(row.template at<lanes>(x)...);
+    for (int lane = 0; x < width; ++x, ++lane)
+        for (int i = 0; i < C; ++i) take(lane * C + i, i, row.template at<1>(x)...);
 }
 
 /// The same for the rows of a tile. An input gives its row by `row(x, y)`.
@@ -76,6 +81,14 @@ VEXA_DEVICE void foldTile(Fold& fold, Tile tile, Share share, const Input&... in
 {
     for (int y = share.row; y < tile.height; y += Share::rows)
         foldRow<C>(fold, tile.width, share, input.row(tile.x, tile.y + y)...);
+}
+
+/// How many pixels of a tile are in a share.
+VEXA_DEVICE int pixelsIn(Tile tile, Share share)
+{
+    const int columns = (tile.width - share.column + Share::columns - 1) / Share::columns;
+    const int rows = (tile.height - share.row + Share::rows - 1) / Share::rows;
+    return columns > 0 && rows > 0 ? columns * rows : 0;
 }
 
 }  // namespace vexa

@@ -17,8 +17,16 @@ struct Share {
 };
 
 /// A thread has one lane: lanes are what threads are for.
-template <typename Word>
+template <typename T>
 inline constexpr int laneCount = 1;
+
+/// rule(i) for every lane.
+template <int lanes, typename Rule>
+VEXA_DEVICE void forEachLane(const Rule& rule)
+{
+#pragma unroll
+    for (int i = 0; i < lanes; ++i) rule(i);
+}
 
 /// store(i, fold(i, share)) for every i below count, where the results of all shares are merged into one.
 template <typename Total, typename Fold, typename Store>

@@ -15,9 +15,17 @@ struct Share {
     int row = 0;
 };
 
-/// Lanes of pixels that fill a few vector registers.
-template <typename Word>
-inline constexpr int laneCount = sizeof(Word) < 4 ? 64 / static_cast<int>(sizeof(Word)) : 16;
+/// Lanes of pixels of elements T: GCC vectorises a row of lanes only as wide as its narrowest elements fill.
+template <typename T>
+inline constexpr int laneCount = 64 / static_cast<int>(sizeof(T));
+
+/// rule(i) for every lane.
+template <int lanes, typename Rule>
+VEXA_DEVICE void forEachLane(const Rule& rule)
+{
+#pragma omp simd
+    for (int i = 0; i < lanes; ++i) rule(i);
+}
 
 /// store(i, fold(i, share)) for every i below count, where the results of all shares are merged into one. An i costs
 /// about as much as reading `bytes`.

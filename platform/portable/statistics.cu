@@ -6,6 +6,7 @@
 /// alone.
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "arithmetic.h"
@@ -35,9 +36,19 @@ template <typename T, int C>
 struct Elements {
     static constexpr int bytesPerPixel = sizeof(T) * C;
 
+    struct Some {
+        const T* first;
+        VEXA_DEVICE T operator()(int i) const { return first[i]; }
+    };
+
     struct Row {
         const T* first;
-        VEXA_DEVICE T operator()(int x, int i) const { return first[x * C + i]; }
+
+        template <int n>
+        VEXA_DEVICE Some at(int x) const
+        {
+            return {first + static_cast<std::ptrdiff_t>(x) * C};
+        }
     };
 
     Plane<const T> plane;
@@ -45,14 +56,29 @@ struct Elements {
     VEXA_DEVICE Row row(int x, int y) const { return {plane.row(y) + static_cast<std::ptrdiff_t>(x) * C}; }
 };
 
-/// Whether the mask selects the pixel of an element.
+/// Whether a mask selects the pixel of an element.
 template <int C>
 struct Mask {
     static constexpr int bytesPerPixel = 1;
 
+    /// Spread to the elements of n pixels beforehand, as a loop that divides by C has no vector form.
+    template <int n>
+    struct Some {
+        u8 byte[n * C];
+        VEXA_DEVICE bool operator()(int i) const { return byte[i] != 0; }
+    };
+
     struct Row {
         const u8* first;
-        VEXA_DEVICE bool operator()(int x, int i) const { return first[x + i / C] != 0; }
+
+        template <int n>
+        VEXA_DEVICE Some<n> at(int x) const
+        {
+            Some<n> some;
+            for (int i = 0; i < n; ++i)
+                for (int c = 0; c < C; ++c) some.byte[i * C + c] = first[x + i];
+            return some;
+        }
     };
 
     Plane<const u8> plane;
@@ -65,7 +91,13 @@ struct Everywhere {
     static constexpr int bytesPerPixel = 0;
 
     struct Row {
-        VEXA_DEVICE bool operator()(int /*x*/, int /*i*/) const { return true; }
+        VEXA_DEVICE bool operator()(int /*i*/) const { return true; }
+
+        template <int n>
+        VEXA_DEVICE Row at(int /*x*/) const
+        {
+            return {};
+        }
     };
 
     VEXA_DEVICE Row row(int /*x*/, int /*y*/) const { return {}; }
@@ -164,7 +196,7 @@ VEXA_DEVICE Numbers<Number, C> sumOfLanes(const Word (&lane)[N])
 /// The sum of the elements.
 template <typename T, int C>
 struct Sum {
-    static constexpr int lanes = laneCount<TileSum<T>>;
+    static constexpr int lanes = laneCount<T>;
     using Total = Numbers<Wide<T>, C>;
 
     TileSum<T> sum[lanes * C] = {};
@@ -176,7 +208,7 @@ struct Sum {
 /// The sum of the squares of the elements.
 template <typename T, int C>
 struct Squares {
-    static constexpr int lanes = laneCount<TileSquares<T>>;
+    static constexpr int lanes = laneCount<T>;
     using Total = Numbers<Wide<T>, C>;
 
     TileSquares<T> sum[lanes * C] = {};
@@ -192,7 +224,7 @@ struct Squares {
 /// The sum of the products of the elements of two float images.
 template <int C>
 struct Products {
-    static constexpr int lanes = laneCount<double>;
+    static constexpr int lanes = laneCount<f32>;
     using Total = Numbers<double, C>;
 
     double sum[lanes * C] = {};
@@ -211,7 +243,7 @@ struct Bounds {
 /// How many elements lie within bounds.
 template <typename T, int C>
 struct CountWithin {
-    static constexpr int lanes = laneCount<unsigned>;
+    static constexpr int lanes = laneCount<T>;
     using Total = Numbers<unsigned, C>;
 
     T lowest[lanes * C];
@@ -233,13 +265,41 @@ struct CountWithin {
     VEXA_DEVICE Total total() const { return sumOfLanes<unsigned, C>(count); }
 };
 
+/// How many pixels are selected.
+struct CountSelected {
+    static constexpr int lanes = laneCount<u8>;
+
+    unsigned count[lanes] = {};
+
+    VEXA_DEVICE void take(int lane, bool selected) { count[lane] += static_cast<unsigned>(selected); }
+    VEXA_DEVICE unsigned total() const { return sumOfLanes<unsigned, 1>(count).sum[0]; }
+};
+
+/// All bits or none. A condition becomes a branch, which misses on every other pixel and has no vector form; this does
+/// not.
+VEXA_DEVICE unsigned bitsIf(bool condition)
+{
+    return 0U - static_cast<unsigned>(condition);
+}
+
+VEXA_DEVICE f32 choose(bool condition, f32 value, f32 otherwise)
+{
+    unsigned bits = 0;
+    unsigned otherBits = 0;
+    memcpy(&bits, &value, sizeof bits);
+    memcpy(&otherBits, &otherwise, sizeof otherBits);
+    bits = (bits & bitsIf(condition)) | (otherBits & ~bitsIf(condition));
+    memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
 /// Mean and deviation of whole numbers, from exact sums.
 template <typename T, int C>
 struct IntegerMoments {
-    static constexpr int lanes = laneCount<unsigned>;
+    static constexpr int lanes = laneCount<T>;
 
     struct Total {
-        Numbers<unsigned long long, C> count;
+        unsigned long long count;
         Numbers<unsigned long long, C> sum;
         Numbers<unsigned long long, C> squares;
 
@@ -247,38 +307,37 @@ struct IntegerMoments {
 
         VEXA_DEVICE void merge(const Total& other)
         {
-            count.merge(other.count);
+            count += other.count;
             sum.merge(other.sum);
             squares.merge(other.squares);
         }
 
         VEXA_DEVICE double mean(int c) const
         {
-            return count.sum[c] == 0 ? 0 : static_cast<double>(sum.sum[c]) / static_cast<double>(count.sum[c]);
+            return count == 0 ? 0 : static_cast<double>(sum.sum[c]) / static_cast<double>(count);
         }
 
         /// The moments about the whole number next to the mean are exact too, and small: nothing cancels. Terms on the
         /// way may pass 64 bits, but the difference is right modulo 2^64.
         VEXA_DEVICE double variance(int c) const
         {
-            if (count.sum[c] == 0) return 0;
-            const auto n = static_cast<double>(count.sum[c]);
+            if (count == 0) return 0;
+            const auto n = static_cast<double>(count);
             const auto centre = static_cast<unsigned long long>(mean(c) + 0.5);
-            const auto rest = static_cast<long long>(sum.sum[c] - count.sum[c] * centre);
-            const unsigned long long about = squares.sum[c] - 2 * centre * sum.sum[c] + count.sum[c] * centre * centre;
+            const auto rest = static_cast<long long>(sum.sum[c] - count * centre);
+            const unsigned long long about = squares.sum[c] - 2 * centre * sum.sum[c] + count * centre * centre;
             const double offset = static_cast<double>(rest) / n;
             return static_cast<double>(about) / n - offset * offset;
         }
     };
 
-    unsigned count[lanes * C] = {};
+    unsigned count = 0;
     unsigned sum[lanes * C] = {};
     TileSquares<T> squares[lanes * C] = {};
 
     VEXA_DEVICE void take(int lane, T element, bool selected)
     {
-        const unsigned value = selected ? element : 0U;
-        count[lane] += selected ? 1U : 0U;
+        const unsigned value = element & bitsIf(selected);
         sum[lane] += value;
         squares[lane] += static_cast<TileSquares<T>>(value) * value;
     }
@@ -286,7 +345,7 @@ struct IntegerMoments {
     VEXA_DEVICE Total total() const
     {
         using Number = unsigned long long;
-        return {sumOfLanes<Number, C>(count), sumOfLanes<Number, C>(sum), sumOfLanes<Number, C>(squares)};
+        return {count, sumOfLanes<Number, C>(sum), sumOfLanes<Number, C>(squares)};
     }
 };
 
@@ -295,7 +354,7 @@ struct IntegerMoments {
 /// Chan, Golub and LeVeque.
 template <int C>
 struct FloatMoments {
-    static constexpr int lanes = laneCount<double>;
+    static constexpr int lanes = laneCount<f32>;
 
     struct Total {
         double count;
@@ -320,24 +379,25 @@ struct FloatMoments {
         VEXA_DEVICE double variance(int c) const { return count == 0 ? 0 : about[c] / count; }
     };
 
-    double first[lanes * C] = {};
-    unsigned count[lanes * C] = {};
+    f32 first[lanes * C] = {};
+    unsigned count = 0;
     double sum[lanes * C] = {};
     double squares[lanes * C] = {};
 
     VEXA_DEVICE void take(int lane, f32 element, bool selected)
     {
-        const double difference = selected ? static_cast<double>(element) - first[lane] : 0.0;
-        count[lane] += selected ? 1U : 0U;
+        const f32 origin = first[lane];
+        const f32 value = choose(selected, element, origin);
+        const double difference = static_cast<double>(value) - static_cast<double>(origin);
         sum[lane] += difference;
         squares[lane] += difference * difference;
     }
 
     VEXA_DEVICE Total total() const
     {
-        const double n = sumOfLanes<unsigned, C>(count).sum[0];
+        const double n = count;
         Total total = {n, {}, {}};
-        if (n == 0) return total;
+        if (count == 0) return total;
         const Numbers<double, C> sums = sumOfLanes<double, C>(sum);
         const Numbers<double, C> squared = sumOfLanes<double, C>(squares);
         for (int c = 0; c < C; ++c) {
@@ -375,30 +435,52 @@ struct FromBounds {
     }
 };
 
-/// From the first selected pixel. An infinite or undefined element is nothing to take others relative to.
 template <int C>
-struct FromFirstPixel {
+VEXA_DEVICE unsigned countSelected(Tile tile, Share share, const Mask<C>& mask)
+{
+    CountSelected fold;
+    foldTile<1>(fold, tile, share, Mask<1>{mask.plane});
+    return fold.total();
+}
+
+VEXA_DEVICE unsigned countSelected(Tile tile, Share share, Everywhere)
+{
+    return static_cast<unsigned>(pixelsIn(tile, share));
+}
+
+/// From the number of selected pixels.
+template <typename T, int C>
+struct FromSelection {
+    template <typename Selection>
+    VEXA_DEVICE IntegerMoments<T, C> operator()(Tile tile, Share share, const Elements<T, C>&,
+                                                const Selection& selection) const
+    {
+        IntegerMoments<T, C> fold;
+        fold.count = countSelected(tile, share, selection);
+        return fold;
+    }
+};
+
+/// The same and from the first selected pixel. An infinite or undefined element is nothing to take others relative to.
+template <int C>
+struct FromSelection<f32, C> {
     template <typename Selection>
     VEXA_DEVICE FloatMoments<C> operator()(Tile tile, Share share, const Elements<f32, C>& elements,
                                            const Selection& selection) const
     {
-        FloatMoments<C> fold = {};
+        FloatMoments<C> fold;
+        fold.count = countSelected(tile, share, selection);
         for (int y = share.row; y < tile.height; y += Share::rows)
             for (int x = share.column; x < tile.width; x += Share::columns) {
-                if (!selection.row(tile.x, tile.y + y)(x, 0)) continue;
-                const auto row = elements.row(tile.x, tile.y + y);
-                for (int i = 0; i < FloatMoments<C>::lanes * C; ++i) {
-                    const f32 element = row(x, i % C);
-                    fold.first[i] = element - element == 0 ? static_cast<double>(element) : 0.0;
-                }
+                if (!selection.row(tile.x, tile.y + y).template at<1>(x)(0)) continue;
+                const auto pixel = elements.row(tile.x, tile.y + y).template at<1>(x);
+                for (int i = 0; i < FloatMoments<C>::lanes * C; ++i)
+                    fold.first[i] = pixel(i % C) - pixel(i % C) == 0 ? pixel(i % C) : 0.0F;
                 return fold;
             }
         return fold;
     }
 };
-
-template <typename T, int C>
-using FromElements = std::conditional_t<std::is_integral_v<T>, FromNothing<Moments<T, C>>, FromFirstPixel<C>>;
 
 // ---- kernels ----
 
@@ -618,7 +700,7 @@ template <typename T, int C>
 VexaStatus Statistics<T, C>::meanStdDev(Pixels<T> src, void* scratch, Vexa64f* mean, Vexa64f* stdDev, Stream stream)
 {
     if (isRefused(src, scratch, mean, stdDev)) return VEXA_INTERNAL_CALL_ERROR;
-    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromElements<T, C>{}, StoreMoments<C>{mean, stdDev},
+    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromSelection<T, C>{}, StoreMoments<C>{mean, stdDev},
                            elementsOf<T, C>(src), Everywhere{});
     return VEXA_SUCCESS;
 }
@@ -628,7 +710,7 @@ VexaStatus Statistics<T, C>::meanStdDev(Pixels<T> src, Pixels<Vexa8u> mask, void
                                         Vexa64f* stdDev, Stream stream)
 {
     if (isRefused(src, scratch, mean, stdDev) || !isReadable(mask)) return VEXA_INTERNAL_CALL_ERROR;
-    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromElements<T, C>{}, StoreMoments<C>{mean, stdDev},
+    fold<Moments<T, C>, C>(src.width, src.height, scratch, stream, FromSelection<T, C>{}, StoreMoments<C>{mean, stdDev},
                            elementsOf<T, C>(src), Mask<C>{{mask.first, mask.pitch}});
     return VEXA_SUCCESS;
 }
