@@ -59,11 +59,14 @@ VexaStatus vexa_mat_mul_trans_32fc1(float* a, float* b, int m, int n, int ap, in
 
 namespace {
 
-/// A block that holds a matrix's address, as the solver wants it.
-VexaStatus allocateAddress(float**& block, float* matrix)
+/// A block that holds a matrix's address, as the solver wants it; null if there is none.
+float** allocateAddress(float* matrix)
 {
-    if (const VexaStatus failed = allocateElements(block, 1)) return failed;
-    return platform::copyToDevice(block, &matrix, sizeof matrix);
+    float** block = nullptr;
+    if (allocateElements(block, 1)) return nullptr;
+    if (platform::copyToDevice(block, &matrix, sizeof matrix) == VEXA_SUCCESS) return block;
+    (void)platform::release(block);
+    return nullptr;
 }
 
 /// What the solver says of pivots. 0 if that can't be read.
@@ -84,18 +87,16 @@ VexaStatus vexa_invert_32fc1(float* src_d, float* dst_d, int n, int spitch, int 
     platform::Solver solver = nullptr;
     Vexa32s* pivots = nullptr;
     Vexa32s* info = nullptr;
-    float** matrix = nullptr;
-    float** inverse = nullptr;
     (void)platform::createSolver(solver, stream);
     (void)allocateElements(pivots, static_cast<std::size_t>(std::max(n, 0)));
     (void)allocateElements(info, 1);
     (void)platform::setBytes({info, sizeof *info}, 0, {sizeof *info, 1}, stream);
-    (void)allocateAddress(matrix, src_d);
+    float** const matrix = allocateAddress(src_d);
 
     const VexaStatus factored = platform::luFactor(solver, n, matrix, inFloats(spitch), pivots, info);
     if (read(info) == n) return VEXA_SINGULAR_MATRIX_ERROR;
     if (factored) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
-    (void)allocateAddress(inverse, dst_d);
+    float** const inverse = allocateAddress(dst_d);
     const VexaStatus inverted =
         platform::luInvert(solver, n, matrix, inFloats(spitch), pivots, inverse, inFloats(dpitch), info);
     (void)read(info);

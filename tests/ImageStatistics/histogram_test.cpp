@@ -54,7 +54,8 @@ TEST(Histogram, CreatesClearedBinsAndReleasesThem)
         int bins;
     };
     for (const VexaPointerType location : locations) {
-        for (const Row& row : {Row{VEXA_8UC1, 256}, Row{VEXA_8UC3, 768}, Row{VEXA_16UC1, 65536}, Row{VEXA_16UC3, 196608}}) {
+        for (const Row& row :
+             {Row{VEXA_8UC1, 256}, Row{VEXA_8UC3, 768}, Row{VEXA_16UC1, 65536}, Row{VEXA_16UC3, 196608}}) {
             VexaHistogram hist(row.type, location);
             EXPECT_TRUE(hist.isInitialized());
             EXPECT_EQ(hist.binCount(), row.bins);
