@@ -59,8 +59,8 @@ inline Tiles tilesOf(int width, int height)
 namespace vexa {
 
 /// fold.take(lane, element...) for every element of a row of `width` pixels, of those in the share. Lanes are
-/// independent of each other, so that a fold over them fills vector registers. What `at<n>` gives of a row are the
-/// elements of n pixels.
+/// independent of each other, so that a fold over them fills vector registers. A row gives the elements of a pixel, or
+/// of n at once.
 template <int C, typename Fold, typename... Row>
 VEXA_DEVICE void foldRow(Fold& fold, int width, Share share, const Row&... row)
 {
@@ -70,9 +70,9 @@ VEXA_DEVICE void foldRow(Fold& fold, int width, Share share, const Row&... row)
         forEachLane<lanes * C>([&](int i) { take(i, i, elements...); });
     };
     int x = share.column;
-    for (; x <= width - lanes; x += lanes * Share::columns) takeSome(row.template at<lanes>(x)...);
+    for (; x <= width - lanes; x += lanes * Share::columns) takeSome(row.template pixels<lanes>(x)...);
     for (int lane = 0; x < width; ++x, ++lane)
-        for (int i = 0; i < C; ++i) take(lane * C + i, i, row.template at<1>(x)...);
+        for (int i = 0; i < C; ++i) take(lane * C + i, i, row.pixel(x)...);
 }
 
 /// The same for the rows of a tile. An input gives its row by `row(x, y)`.

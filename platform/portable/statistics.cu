@@ -44,10 +44,12 @@ struct Elements {
     struct Row {
         const T* first;
 
+        VEXA_DEVICE Some pixel(int x) const { return {first + static_cast<std::ptrdiff_t>(x) * C}; }
+
         template <int n>
-        VEXA_DEVICE Some at(int x) const
+        VEXA_DEVICE Some pixels(int x) const
         {
-            return {first + static_cast<std::ptrdiff_t>(x) * C};
+            return pixel(x);
         }
     };
 
@@ -68,11 +70,18 @@ struct Mask {
         VEXA_DEVICE bool operator()(int i) const { return byte[i] != 0; }
     };
 
+    struct One {
+        bool selected;
+        VEXA_DEVICE bool operator()(int /*i*/) const { return selected; }
+    };
+
     struct Row {
         const u8* first;
 
+        VEXA_DEVICE One pixel(int x) const { return {first[x] != 0}; }
+
         template <int n>
-        VEXA_DEVICE Some<n> at(int x) const
+        VEXA_DEVICE Some<n> pixels(int x) const
         {
             Some<n> some;
             for (int i = 0; i < n; ++i)
@@ -92,9 +101,10 @@ struct Everywhere {
 
     struct Row {
         VEXA_DEVICE bool operator()(int /*i*/) const { return true; }
+        VEXA_DEVICE Row pixel(int /*x*/) const { return {}; }
 
         template <int n>
-        VEXA_DEVICE Row at(int /*x*/) const
+        VEXA_DEVICE Row pixels(int /*x*/) const
         {
             return {};
         }
@@ -472,8 +482,8 @@ struct FromSelection<f32, C> {
         fold.count = countSelected(tile, share, selection);
         for (int y = share.row; y < tile.height; y += Share::rows)
             for (int x = share.column; x < tile.width; x += Share::columns) {
-                if (!selection.row(tile.x, tile.y + y).template at<1>(x)(0)) continue;
-                const auto pixel = elements.row(tile.x, tile.y + y).template at<1>(x);
+                if (!selection.row(tile.x, tile.y + y).pixel(x)(0)) continue;
+                const auto pixel = elements.row(tile.x, tile.y + y).pixel(x);
                 for (int i = 0; i < FloatMoments<C>::lanes * C; ++i)
                     fold.first[i] = pixel(i % C) - pixel(i % C) == 0 ? pixel(i % C) : 0.0F;
                 return fold;
