@@ -79,8 +79,10 @@ VEXA_DEVICE void foldRow(Fold& fold, int width, Share share, const Row&... row)
 template <int C, typename Fold, typename... Input>
 VEXA_DEVICE void foldTile(Fold& fold, Tile tile, Share share, const Input&... input)
 {
-    for (int y = share.row; y < tile.height; y += Share::rows)
+    for (int y = share.row; y < tile.height; y += Share::rows) {
         foldRow<C>(fold, tile.width, share, input.row(tile.x, tile.y + y)...);
+        fold.endRow();
+    }
 }
 
 /// How many pixels of a tile are in a share.

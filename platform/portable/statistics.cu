@@ -121,9 +121,14 @@ inline constexpr T least = std::is_integral_v<T> ? std::numeric_limits<T>::lowes
 template <typename T>
 inline constexpr T most = std::is_integral_v<T> ? std::numeric_limits<T>::max() : std::numeric_limits<T>::infinity();
 
+/// A fold to which the end of a row means nothing.
+struct RowsDontMatter {
+    VEXA_DEVICE void endRow() {}
+};
+
 /// The smallest and the largest element; a NaN is neither.
 template <typename T, int C>
-struct Extremes {
+struct Extremes : RowsDontMatter {
     static constexpr int lanes = laneCount<T>;
 
     struct Total {
@@ -203,21 +208,36 @@ VEXA_DEVICE Numbers<Number, C> sumOfLanes(const Word (&lane)[N])
     return total;
 }
 
-/// The sum of the elements.
+/// The sum of the elements. Bytes are summed up row by row in half the width: a row of a tile gives at most 256 to one
+/// of many lanes, and widening each of them to 32 bits takes twice as long.
 template <typename T, int C>
 struct Sum {
     static constexpr int lanes = laneCount<T>;
     using Total = Numbers<Wide<T>, C>;
+    using RowSum = std::conditional_t<sizeof(T) == 1 && pixelsPerTile / lanes <= 256, u16, TileSum<T>>;
 
+    RowSum row[lanes * C] = {};
     TileSum<T> sum[lanes * C] = {};
 
-    VEXA_DEVICE void take(int lane, T element) { sum[lane] += static_cast<TileSum<T>>(element); }
+    VEXA_DEVICE void take(int lane, T element)
+    {
+        row[lane] = static_cast<RowSum>(row[lane] + static_cast<RowSum>(element));
+    }
+
+    VEXA_DEVICE void endRow()
+    {
+        for (int i = 0; i < lanes * C; ++i) {
+            sum[i] += row[i];
+            row[i] = 0;
+        }
+    }
+
     VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sum); }
 };
 
 /// The sum of the squares of the elements.
 template <typename T, int C>
-struct Squares {
+struct Squares : RowsDontMatter {
     static constexpr int lanes = laneCount<T>;
     using Total = Numbers<Wide<T>, C>;
 
@@ -233,7 +253,7 @@ struct Squares {
 
 /// The sum of the products of the elements of two float images.
 template <int C>
-struct Products {
+struct Products : RowsDontMatter {
     static constexpr int lanes = laneCount<f32>;
     using Total = Numbers<double, C>;
 
@@ -252,7 +272,7 @@ struct Bounds {
 
 /// How many elements lie within bounds.
 template <typename T, int C>
-struct CountWithin {
+struct CountWithin : RowsDontMatter {
     static constexpr int lanes = laneCount<T>;
     using Total = Numbers<unsigned, C>;
 
@@ -276,7 +296,7 @@ struct CountWithin {
 };
 
 /// How many pixels are selected.
-struct CountSelected {
+struct CountSelected : RowsDontMatter {
     static constexpr int lanes = laneCount<u8>;
 
     unsigned count[lanes] = {};
@@ -305,7 +325,7 @@ VEXA_DEVICE f32 choose(bool condition, f32 value, f32 otherwise)
 
 /// Mean and deviation of whole numbers, from exact sums.
 template <typename T, int C>
-struct IntegerMoments {
+struct IntegerMoments : RowsDontMatter {
     static constexpr int lanes = laneCount<T>;
 
     struct Total {
@@ -363,7 +383,7 @@ struct IntegerMoments {
 /// from a large mean keeps its digits and a constant image deviates by exactly 0; tiles are merged by the formula of
 /// Chan, Golub and LeVeque.
 template <int C>
-struct FloatMoments {
+struct FloatMoments : RowsDontMatter {
     static constexpr int lanes = laneCount<f32>;
 
     struct Total {
