@@ -20,6 +20,9 @@ struct Share {
 template <typename T>
 inline constexpr int laneCount = 1;
 
+/// Alignment of lanes; of no matter in registers.
+inline constexpr std::size_t laneAlignment = 16;
+
 /// rule(i) for every lane.
 template <int lanes, typename Rule>
 VEXA_DEVICE void forEachLane(const Rule& rule)

@@ -19,6 +19,10 @@ struct Share {
 template <typename T>
 inline constexpr int laneCount = 64 / static_cast<int>(sizeof(T));
 
+/// Alignment of lanes: of others GCC does some at the front one by one, to align the rest, which takes ten times as
+/// long.
+inline constexpr std::size_t laneAlignment = 64;
+
 /// rule(i) for every lane.
 template <int lanes, typename Rule>
 VEXA_DEVICE void forEachLane(const Rule& rule)

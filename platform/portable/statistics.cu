@@ -66,7 +66,7 @@ struct Mask {
     /// Spread to the elements of n pixels beforehand, as a loop that divides by C has no vector form.
     template <int n>
     struct Some {
-        u8 byte[n * C];
+        alignas(laneAlignment) u8 byte[n * C];
         VEXA_DEVICE bool operator()(int i) const { return byte[i] != 0; }
     };
 
@@ -154,8 +154,8 @@ struct Extremes : RowsDontMatter {
         }
     };
 
-    T min[lanes * C];
-    T max[lanes * C];
+    alignas(laneAlignment) T min[lanes * C];
+    alignas(laneAlignment) T max[lanes * C];
 
     VEXA_DEVICE Extremes()
     {
@@ -208,47 +208,88 @@ VEXA_DEVICE Numbers<Number, C> sumOfLanes(const Word (&lane)[N])
     return total;
 }
 
-/// The sum of the elements. Bytes are summed up row by row in half the width: a row of a tile gives at most 256 to one
-/// of many lanes, and widening each of them to 32 bits takes twice as long.
-template <typename T, int C>
-struct Sum {
-    static constexpr int lanes = laneCount<T>;
-    using Total = Numbers<Wide<T>, C>;
-    using RowSum = std::conditional_t<sizeof(T) == 1 && pixelsPerTile / lanes <= 256, u16, TileSum<T>>;
+/// Whether lanes of bytes can be summed up in 16 bits from one end of a row to the next. A row of a tile then gives at
+/// most 256 of them to a lane. Widening each to 32 bits takes twice as long.
+template <typename T>
+inline constexpr bool fitRows = sizeof(T) == 1 && pixelsPerTile / laneCount<T> <= 256;
 
-    RowSum row[lanes * C] = {};
-    TileSum<T> sum[lanes * C] = {};
+/// Sums of N lanes of elements.
+template <typename T, int N>
+struct LaneSums {
+    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, TileSum<T>> row[N] = {};
+    alignas(laneAlignment) TileSum<T> sum[N] = {};
 
-    VEXA_DEVICE void take(int lane, T element)
+    VEXA_DEVICE void add(int lane, TileSum<T> value)
     {
-        row[lane] = static_cast<RowSum>(row[lane] + static_cast<RowSum>(element));
+        if constexpr (fitRows<T>)
+            row[lane] = static_cast<u16>(row[lane] + value);
+        else
+            sum[lane] += value;
     }
 
     VEXA_DEVICE void endRow()
     {
-        for (int i = 0; i < lanes * C; ++i) {
-            sum[i] += row[i];
-            row[i] = 0;
+        if constexpr (fitRows<T>)
+            for (int i = 0; i < N; ++i) {
+                sum[i] += row[i];
+                row[i] = 0;
+            }
+    }
+};
+
+/// Sums of the squares of N lanes of elements. Those of bytes by their two halves.
+template <typename T, int N>
+struct LaneSquares {
+    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, char> low[N] = {};
+    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, char> high[N] = {};
+    alignas(laneAlignment) TileSquares<T> sum[N] = {};
+
+    VEXA_DEVICE void add(int lane, TileSquares<T> value)
+    {
+        if constexpr (fitRows<T>) {
+            const auto square = static_cast<u16>(value * value);
+            low[lane] = static_cast<u16>(low[lane] + (square & 255));
+            high[lane] = static_cast<u16>(high[lane] + (square >> 8));
+        } else {
+            sum[lane] += value * value;
         }
     }
 
-    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sum); }
+    VEXA_DEVICE void endRow()
+    {
+        if constexpr (fitRows<T>)
+            for (int i = 0; i < N; ++i) {
+                sum[i] += low[i] + 256U * high[i];
+                low[i] = 0;
+                high[i] = 0;
+            }
+    }
+};
+
+/// The sum of the elements.
+template <typename T, int C>
+struct Sum {
+    static constexpr int lanes = laneCount<T>;
+    using Total = Numbers<Wide<T>, C>;
+
+    LaneSums<T, lanes* C> sums = {};
+
+    VEXA_DEVICE void take(int lane, T element) { sums.add(lane, static_cast<TileSum<T>>(element)); }
+    VEXA_DEVICE void endRow() { sums.endRow(); }
+    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sums.sum); }
 };
 
 /// The sum of the squares of the elements.
 template <typename T, int C>
-struct Squares : RowsDontMatter {
+struct Squares {
     static constexpr int lanes = laneCount<T>;
     using Total = Numbers<Wide<T>, C>;
 
-    TileSquares<T> sum[lanes * C] = {};
+    LaneSquares<T, lanes* C> squares = {};
 
-    VEXA_DEVICE void take(int lane, T element)
-    {
-        const auto value = static_cast<TileSquares<T>>(element);
-        sum[lane] += value * value;
-    }
-    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(sum); }
+    VEXA_DEVICE void take(int lane, T element) { squares.add(lane, static_cast<TileSquares<T>>(element)); }
+    VEXA_DEVICE void endRow() { squares.endRow(); }
+    VEXA_DEVICE Total total() const { return sumOfLanes<Wide<T>, C>(squares.sum); }
 };
 
 /// The sum of the products of the elements of two float images.
@@ -257,7 +298,7 @@ struct Products : RowsDontMatter {
     static constexpr int lanes = laneCount<f32>;
     using Total = Numbers<double, C>;
 
-    double sum[lanes * C] = {};
+    alignas(laneAlignment) double sum[lanes * C] = {};
 
     VEXA_DEVICE void take(int lane, f32 a, f32 b) { sum[lane] += static_cast<double>(a) * static_cast<double>(b); }
     VEXA_DEVICE Total total() const { return sumOfLanes<double, C>(sum); }
@@ -276,9 +317,9 @@ struct CountWithin : RowsDontMatter {
     static constexpr int lanes = laneCount<T>;
     using Total = Numbers<unsigned, C>;
 
-    T lowest[lanes * C];
-    T highest[lanes * C];
-    unsigned count[lanes * C] = {};
+    alignas(laneAlignment) T lowest[lanes * C];
+    alignas(laneAlignment) T highest[lanes * C];
+    alignas(laneAlignment) unsigned count[lanes * C] = {};
 
     VEXA_DEVICE explicit CountWithin(const Bounds<T, C>& bounds)
     {
@@ -299,7 +340,7 @@ struct CountWithin : RowsDontMatter {
 struct CountSelected : RowsDontMatter {
     static constexpr int lanes = laneCount<u8>;
 
-    unsigned count[lanes] = {};
+    alignas(laneAlignment) unsigned count[lanes] = {};
 
     VEXA_DEVICE void take(int lane, bool selected) { count[lane] += static_cast<unsigned>(selected); }
     VEXA_DEVICE unsigned total() const { return sumOfLanes<unsigned, 1>(count).sum[0]; }
@@ -325,7 +366,7 @@ VEXA_DEVICE f32 choose(bool condition, f32 value, f32 otherwise)
 
 /// Mean and deviation of whole numbers, from exact sums.
 template <typename T, int C>
-struct IntegerMoments : RowsDontMatter {
+struct IntegerMoments {
     static constexpr int lanes = laneCount<T>;
 
     struct Total {
@@ -362,20 +403,26 @@ struct IntegerMoments : RowsDontMatter {
     };
 
     unsigned count = 0;
-    unsigned sum[lanes * C] = {};
-    TileSquares<T> squares[lanes * C] = {};
+    LaneSums<T, lanes* C> sums = {};
+    LaneSquares<T, lanes* C> squares = {};
 
     VEXA_DEVICE void take(int lane, T element, bool selected)
     {
         const unsigned value = element & bitsIf(selected);
-        sum[lane] += value;
-        squares[lane] += static_cast<TileSquares<T>>(value) * value;
+        sums.add(lane, value);
+        squares.add(lane, value);
+    }
+
+    VEXA_DEVICE void endRow()
+    {
+        sums.endRow();
+        squares.endRow();
     }
 
     VEXA_DEVICE Total total() const
     {
         using Number = unsigned long long;
-        return {count, sumOfLanes<Number, C>(sum), sumOfLanes<Number, C>(squares)};
+        return {count, sumOfLanes<Number, C>(sums.sum), sumOfLanes<Number, C>(squares.sum)};
     }
 };
 
@@ -409,10 +456,10 @@ struct FloatMoments : RowsDontMatter {
         VEXA_DEVICE double variance(int c) const { return count == 0 ? 0 : about[c] / count; }
     };
 
-    f32 first[lanes * C] = {};
+    alignas(laneAlignment) f32 first[lanes * C] = {};
     unsigned count = 0;
-    double sum[lanes * C] = {};
-    double squares[lanes * C] = {};
+    alignas(laneAlignment) double sum[lanes * C] = {};
+    alignas(laneAlignment) double squares[lanes * C] = {};
 
     VEXA_DEVICE void take(int lane, f32 element, bool selected)
     {
