@@ -19,8 +19,7 @@ struct Share {
 template <typename T>
 inline constexpr int laneCount = 64 / static_cast<int>(sizeof(T));
 
-/// Alignment of lanes: of others GCC does some at the front one by one, to align the rest, which takes ten times as
-/// long.
+/// Alignment of lanes. GCC aligns others by doing some at the front one by one, which takes up to four times as long.
 inline constexpr std::size_t laneAlignment = 64;
 
 /// rule(i) for every lane.

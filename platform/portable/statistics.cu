@@ -214,55 +214,59 @@ template <typename T>
 inline constexpr bool fitRows = sizeof(T) == 1 && pixelsPerTile / laneCount<T> <= 256;
 
 /// Sums of N lanes of elements.
-template <typename T, int N>
+template <typename T, int N, bool byRows = fitRows<T>>
 struct LaneSums {
-    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, TileSum<T>> row[N] = {};
     alignas(laneAlignment) TileSum<T> sum[N] = {};
 
-    VEXA_DEVICE void add(int lane, TileSum<T> value)
-    {
-        if constexpr (fitRows<T>)
-            row[lane] = static_cast<u16>(row[lane] + value);
-        else
-            sum[lane] += value;
-    }
+    VEXA_DEVICE void add(int lane, TileSum<T> value) { sum[lane] += value; }
+    VEXA_DEVICE void endRow() {}
+};
+
+template <typename T, int N>
+struct LaneSums<T, N, true> {
+    alignas(laneAlignment) u16 row[N] = {};
+    alignas(laneAlignment) TileSum<T> sum[N] = {};
+
+    VEXA_DEVICE void add(int lane, unsigned value) { row[lane] = static_cast<u16>(row[lane] + value); }
 
     VEXA_DEVICE void endRow()
     {
-        if constexpr (fitRows<T>)
-            for (int i = 0; i < N; ++i) {
-                sum[i] += row[i];
-                row[i] = 0;
-            }
+        for (int i = 0; i < N; ++i) {
+            sum[i] += row[i];
+            row[i] = 0;
+        }
     }
 };
 
-/// Sums of the squares of N lanes of elements. Those of bytes by their two halves.
-template <typename T, int N>
+/// Sums of the squares of N lanes of elements; by rows, of the two bytes of each square.
+template <typename T, int N, bool byRows = fitRows<T>>
 struct LaneSquares {
-    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, char> low[N] = {};
-    alignas(laneAlignment) std::conditional_t<fitRows<T>, u16, char> high[N] = {};
     alignas(laneAlignment) TileSquares<T> sum[N] = {};
 
-    VEXA_DEVICE void add(int lane, TileSquares<T> value)
+    VEXA_DEVICE void add(int lane, TileSquares<T> value) { sum[lane] += value * value; }
+    VEXA_DEVICE void endRow() {}
+};
+
+template <typename T, int N>
+struct LaneSquares<T, N, true> {
+    alignas(laneAlignment) u16 low[N] = {};
+    alignas(laneAlignment) u16 high[N] = {};
+    alignas(laneAlignment) TileSquares<T> sum[N] = {};
+
+    VEXA_DEVICE void add(int lane, unsigned value)
     {
-        if constexpr (fitRows<T>) {
-            const auto square = static_cast<u16>(value * value);
-            low[lane] = static_cast<u16>(low[lane] + (square & 255));
-            high[lane] = static_cast<u16>(high[lane] + (square >> 8));
-        } else {
-            sum[lane] += value * value;
-        }
+        const auto square = static_cast<u16>(value * value);
+        low[lane] = static_cast<u16>(low[lane] + (square & 255));
+        high[lane] = static_cast<u16>(high[lane] + (square >> 8));
     }
 
     VEXA_DEVICE void endRow()
     {
-        if constexpr (fitRows<T>)
-            for (int i = 0; i < N; ++i) {
-                sum[i] += low[i] + 256U * high[i];
-                low[i] = 0;
-                high[i] = 0;
-            }
+        for (int i = 0; i < N; ++i) {
+            sum[i] += low[i] + 256U * high[i];
+            low[i] = 0;
+            high[i] = 0;
+        }
     }
 };
 
@@ -670,7 +674,7 @@ Elements<T, C> elementsOf(const platform::Pixels<T>& image)
     return {{image.first, image.pitch / static_cast<int>(sizeof(T))}};
 }
 
-/// Both kernels. Where the host has no answer to a device's failure, the copy of the results does.
+/// Launches both kernels. A failure on the device shows when the results are fetched.
 template <typename Fold, int C, typename Begin, typename Finish, typename... Input>
 void fold(int width, int height, void* scratch, platform::Stream stream, const Begin& begin, const Finish& finish,
           const Input&... input)
