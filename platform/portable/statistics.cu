@@ -238,8 +238,9 @@ struct LaneSums<T, N, true> {
     }
 };
 
-/// Sums of the squares of N lanes of elements; by rows, of the two bytes of each square.
-template <typename T, int N, bool byRows = fitRows<T>>
+/// Sums of the squares of N lanes of elements. Where a row of a tile fits, each half of a square is summed up in as
+/// many bits as a square has.
+template <typename T, int N, bool byRows = fitRows<T> || (std::is_same_v<T, u16> && laneCount<T> > 1)>
 struct LaneSquares {
     alignas(laneAlignment) TileSquares<T> sum[N] = {};
 
@@ -249,21 +250,24 @@ struct LaneSquares {
 
 template <typename T, int N>
 struct LaneSquares<T, N, true> {
-    alignas(laneAlignment) u16 low[N] = {};
-    alignas(laneAlignment) u16 high[N] = {};
+    using Square = std::conditional_t<sizeof(T) == 1, u16, unsigned>;
+    static constexpr int half = 8 * sizeof(T);
+
+    alignas(laneAlignment) Square low[N] = {};
+    alignas(laneAlignment) Square high[N] = {};
     alignas(laneAlignment) TileSquares<T> sum[N] = {};
 
     VEXA_DEVICE void add(int lane, unsigned value)
     {
-        const auto square = static_cast<u16>(value * value);
-        low[lane] = static_cast<u16>(low[lane] + (square & 255));
-        high[lane] = static_cast<u16>(high[lane] + (square >> 8));
+        const auto square = static_cast<Square>(value * value);
+        low[lane] = static_cast<Square>(low[lane] + (square & Element<T>::max));
+        high[lane] = static_cast<Square>(high[lane] + (square >> half));
     }
 
     VEXA_DEVICE void endRow()
     {
         for (int i = 0; i < N; ++i) {
-            sum[i] += low[i] + 256U * high[i];
+            sum[i] += low[i] + (static_cast<TileSquares<T>>(high[i]) << half);
             low[i] = 0;
             high[i] = 0;
         }
