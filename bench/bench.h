@@ -31,5 +31,9 @@ std::vector<Benchmark> logicBenchmarks(VexaSize size);
 std::vector<Benchmark> mathBenchmarks(VexaSize size);
 std::vector<Benchmark> conversionBenchmarks(VexaSize size);
 std::vector<Benchmark> fillBenchmarks(VexaSize size);
+std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
+
+/// The benchmarks whose sizes are their own.
+std::vector<Benchmark> matrixBenchmarks();
 
 }  // namespace bench
