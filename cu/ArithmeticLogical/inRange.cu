@@ -2,7 +2,6 @@
 /// A band test that makes a mask.
 
 #include "arguments.h"
-#include "bounds.h"
 #include "checks.h"
 #include "dispatch.h"
 #include "kernels.h"
@@ -48,7 +47,7 @@ struct InRange {
         const int rows = rowsInside(dst, src.height(), src.width(), dst.pitch());
         const Extent extent = C == 1 ? elementExtent<1, T, u8>(src.width(), rows) : Extent{src.width(), rows};
         launch(kernel_inRange_single<T, C>, extent, stream, src.ptr<T>(), dst.ptr<u8>(), src.width(), rows,
-               pitchOf<T>(src), dst.pitch(), boundOf<T>(rangeMin), boundOf<T>(rangeMax));
+               pitchOf<T>(src), dst.pitch(), lowBits<T>(rangeMin), lowBits<T>(rangeMax));
     }
 };
 

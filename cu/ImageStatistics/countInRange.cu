@@ -1,11 +1,10 @@
 /// @file
 /// Counting the elements of each channel that lie between two bounds.
 
-#include "bounds.h"
+#include "arguments.h"
 #include "checks.h"
 #include "dispatch.h"
 #include "pixels.h"
-#include "streams.h"
 #include "temporaries.h"
 #include "vexaImageStatistics.h"
 
@@ -30,8 +29,8 @@ VexaStatus count(const Pixels<T>& src, VexaScalar& count, const VexaScalar& rang
     T lowest[C];
     T highest[C];
     for (int c = 0; c < C; ++c) {
-        lowest[c] = boundOf<T>(rangeMin[c]);
-        highest[c] = boundOf<T>(rangeMax[c]);
+        lowest[c] = lowBits<T>(rangeMin[c]);
+        highest[c] = lowBits<T>(rangeMax[c]);
     }
     if (platform::countInRange<T, C>(src, scratch, result, lowest, highest, stream))
         return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
