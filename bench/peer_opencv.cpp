@@ -37,6 +37,20 @@ void cvtColorByChannels(const Mats& src, cv::Mat& dst, const Parameters& /*param
     cv::cvtColor(src[0], dst, src[0].channels() == 4 ? codeOfFour : code);
 }
 
+/// Numbers of each channel, one after the other in a row of doubles.
+void store(const cv::Scalar& numbers, int channels, cv::Mat& dst, int first)
+{
+    for (int channel = 0; channel < channels; ++channel) dst.at<double>(first + channel) = numbers[channel];
+}
+
+void storeMoments(const cv::Mat& src, cv::InputArray mask, cv::Mat& dst)
+{
+    cv::Scalar mean, stdDev;
+    cv::meanStdDev(src, mean, stdDev, mask);
+    store(mean, src.channels(), dst, 0);
+    store(stdDev, src.channels(), dst, src.channels());
+}
+
 const Opponent opponents[] = {
     {"add", "cv::add",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
@@ -124,12 +138,44 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
          src[0].convertTo(dst, dst.depth(), parameters[0], parameters[1]);
      }},
+    {"minMax", "cv::minMaxLoc",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         cv::minMaxLoc(src[0], &dst.at<double>(0), &dst.at<double>(1));
+     }},
+    {"sum", "cv::sum",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { store(cv::sum(src[0]), src[0].channels(), dst, 0); }},
+    {"mean", "cv::mean",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { store(cv::mean(src[0]), src[0].channels(), dst, 0); }},
+    {"norm", "cv::norm",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { dst.at<double>(0) = cv::norm(src[0]); }},
+    {"meanStdDev", "cv::meanStdDev",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { storeMoments(src[0], cv::noArray(), dst); }},
+    {"meanStdDev masked", "cv::meanStdDev",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { storeMoments(src[0], src[1], dst); }},
+    {"inRange", "cv::inRange",
+     [](const Mats& src, cv::Mat& dst, const Parameters& bounds) { cv::inRange(src[0], bounds[0], bounds[1], dst); }},
+    {"countInRange", "cv::inRange, cv::countNonZero",
+     [](const Mats& src, cv::Mat& dst, const Parameters& bounds) {
+         cv::Mat mask;
+         cv::inRange(src[0], bounds[0], bounds[1], mask);
+         dst.at<double>(0) = cv::countNonZero(mask);
+     }},
+    {"calcHist", "cv::calcHist",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         for (int channel = 0; channel < src[0].channels(); ++channel) {
+             cv::Mat bins;
+             cv::calcHist(Mats{src[0]}, {channel}, cv::noArray(), bins, {256}, {0, 256});
+             bins.reshape(1, 1).copyTo(dst.row(channel));
+         }
+     }},
+    {"matMul", "cv::gemm",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
 };
 
 /// The pixels of an image, not copied.
 cv::Mat mat(const VexaImage& image)
 {
-    const int depth = image.depth() == 8 ? CV_8U : image.depth() == 16 ? CV_16U : CV_32F;
+    const int depth = image.depth() == 8 ? CV_8U : image.depth() == 16 ? CV_16U : image.depth() == 32 ? CV_32F : CV_64F;
     return cv::Mat(image.height(), image.width(), CV_MAKETYPE(depth, image.channels()), image.ptr(),
                    static_cast<std::size_t>(image.pitch()));
 }

@@ -166,5 +166,70 @@ VEXA_API VexaStatus ceil(const VexaImage& src, VexaImage& dst, const VexaStream&
 VEXA_API VexaStatus round(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
 /// @}
 
+/// @name Products of matrices
+/// A 32f image with 1 channel is a matrix, its rows those of the image. Every element is the sum of its products in
+/// ascending order, each step fused, in 32-bit float. An empty result is created. It must not be one of the factors.
+/// Returns without waiting.
+/// @{
+
+/// C = A * B
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty factor; VEXA_SIZE_ERROR if the width of A is not the height of B;
+///         VEXA_TYPE_NOT_SUPPORTED_ERROR for another type of A; VEXA_NOT_SUPPORTED_MODE_ERROR for another type of B;
+///         VEXA_SIZE_ERROR and VEXA_NOT_SUPPORTED_MODE_ERROR for a C of another size or type
+VEXA_API VexaStatus matMul(const VexaImage& A, const VexaImage& B, VexaImage& C,
+                           const VexaStream& stream = VexaStream(false));
+
+/// B = transpose(A) * A if `trans`, else A * transpose(A): a square with the width or the height of A.
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty A; VEXA_TYPE_NOT_SUPPORTED_ERROR for another type of A;
+///         VEXA_NOT_SUPPORTED_MODE_ERROR and VEXA_SIZE_ERROR for a B of another type or size
+VEXA_API VexaStatus matMulTrans(const VexaImage& A, VexaImage& B, bool trans,
+                                const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// The inverse of a square matrix, a 32f image with 1 channel, by LU factors with partial pivoting. Blocks.
+///
+/// The result is that of `src` only if the rows of `src` fill its pitch: `width * 4` is a multiple of the alignment of
+/// rows, or the image was made with that pitch. An empty `dst` is created without gaps between its rows.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_TYPE_NOT_SUPPORTED_ERROR; VEXA_SIZE_ERROR for a matrix
+///         that is not square or a `dst` of another size; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` of another type;
+///         VEXA_SINGULAR_MATRIX_ERROR where the last pivot is the first that is 0 (an earlier one goes unnoticed, and
+///         the result is undefined); VEXA_INTERNAL_FUNCTION_CALL_ERROR; VEXA_MEM_ALLOC_ERR without memory for a copy
+VEXA_API VexaStatus invert(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+
+/// The sum over all pixels of src1 * src2 for each channel, of 32f images with 1 or 3 channels, in double. Elements of
+/// the scalar past the channels keep what they held. Both images are addressed by the pitch of `src1`. Blocks.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for images that differ in
+///         width, height or type; VEXA_TYPE_NOT_SUPPORTED_ERROR; VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_D2H_ERROR,
+///         VEXA_MEMFREE_ERR
+VEXA_API VexaStatus dot(const VexaImage& src1, const VexaImage& src2, VexaScalar& result,
+                        const VexaStream& stream = VexaStream(false));
+
+/// A mask of the pixels in a band: 255 where an element lies between the bounds, which count as inside, else 0. With 3
+/// channels one of them is enough. For 8u, 16u and 32f images with 1 or 3 channels; a NaN lies in no band. For integers
+/// the bounds are truncated, negative ones to 0, and keep their low 8 or 16 bits: 300 acts as 44 on an 8u image.
+///
+/// An empty `dst` is created as 8u with 1 channel. The type of any other is not compared: a byte is stored for each
+/// pixel. Returns without waiting.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` of another width
+///         or height; VEXA_TYPE_NOT_SUPPORTED_ERROR (an empty `dst` has been created by then)
+VEXA_API VexaStatus inRange(const VexaImage& src, const Vexa32f rangeMin, const Vexa32f rangeMax, VexaImage& dst,
+                            const VexaStream& stream = VexaStream(false));
+
 }  // namespace arithmeticLogical
 }  // namespace vexa
+
+/// @name Workers of the matrix operations, on device pointers
+/// Pitches in bytes. Matrices are m by n (height by width); the second factor of matmul is n by k.
+/// @{
+VEXA_API VexaStatus vexa_matmul_32fc1(float* a, float* b, float* c, int m, int n, int k, int ap, int bp, int cp,
+                                      cudaStream_t stream);
+VEXA_API VexaStatus vexa_mat_trans_mul_32fc1(float* a, float* b, int m, int n, int ap, int bp, cudaStream_t stream);
+VEXA_API VexaStatus vexa_mat_mul_trans_32fc1(float* a, float* b, int m, int n, int ap, int bp, cudaStream_t stream);
+
+/// The inverse of an n by n matrix, which is overwritten by its factors.
+/// @return VEXA_SINGULAR_MATRIX_ERROR, VEXA_INTERNAL_FUNCTION_CALL_ERROR
+VEXA_API VexaStatus vexa_invert_32fc1(float* src_d, float* dst_d, int n, int spitch, int dpitch, cudaStream_t stream);
+/// @}

@@ -1,6 +1,6 @@
 /// @file
-/// The classes of the library: VexaStream, VexaTimer and VexaImage. This header alone gives a caller everything: it
-/// includes the headers of the operations at its end.
+/// The classes of the library: VexaStream, VexaTimer, VexaImage and VexaHistogram. This header alone gives a caller
+/// everything: it includes the headers of the operations at its end.
 
 #pragma once
 
@@ -272,9 +272,53 @@ private:
     VexaType _type;
 };
 
+/// Counts of values, 32 bits each, in device memory or in ordinary or page-locked host memory.
+///
+/// A histogram of an image holds its channels one after the other: bin v of channel c of an 8-bit image is element
+/// `256 * c + v`, of a 16-bit image `65536 * c + v`.
+class VEXA_API VexaHistogram {
+public:
+    /// An empty histogram.
+    VexaHistogram();
+
+    /// Constructors with arguments call the create() of the same arguments and drop its status.
+    VexaHistogram(Vexa32s bins, VexaPointerType location);
+    VexaHistogram(VexaType type, VexaPointerType location);
+    VexaHistogram(const VexaHistogram&) = delete;
+    VexaHistogram& operator=(const VexaHistogram&) = delete;
+    ~VexaHistogram();
+
+    /// Bins of 0. The type of such a histogram is VEXA_UNKNOWN_TYPE.
+    /// @return VEXA_INVALID_ARG_ERROR for fewer than 1 bin, VEXA_PTR_NONE or an initialised histogram
+    VexaStatus create(Vexa32s bins, VexaPointerType location);
+
+    /// As many bins of 0 as images of this format need. An initialised histogram stays as it is, which is a success
+    /// here.
+    /// @return VEXA_TYPE_NOT_SUPPORTED_ERROR for types other than 8u and 16u with 1 or 3 channels; else as above
+    VexaStatus create(VexaType type, VexaPointerType location);
+
+    /// Frees the bins, after the device has finished with them. Of an empty histogram it is a success.
+    VexaStatus release();
+
+    bool isInitialized() const;
+    Vexa32u* hist();
+    const Vexa32u* hist() const;
+    Vexa32s binCount() const;
+    VexaType type() const;
+    VexaPointerType location() const;
+
+private:
+    bool _init;
+    Vexa32u* _hist;
+    Vexa32s _bins;
+    VexaType _type;
+    VexaPointerType _loc;
+};
+
 #include "vexaArithmeticLogical.h"
 #include "vexaColorOperations.h"
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
 #include "vexaIO.h"
+#include "vexaImageStatistics.h"
 #include "vexaOperators.h"

@@ -105,4 +105,75 @@ void resetDevice();
 [[nodiscard]] VexaStatus synchronizeDevice();  ///< VEXA_UNKNOWN_ERROR
 /// @}
 
+/// @name Statistics
+/// Primitives that reduce the pixels of an image to a few numbers in device memory, for each channel. Each works in a
+/// block of scratch memory, whose size is asked for first. VEXA_INTERNAL_CALL_ERROR
+/// @{
+
+enum class Statistic { max, min, minMax, sum, mean, norm, meanStdDev, maskedMeanStdDev, countInRange, dot };
+
+/// The rows of an image in device memory.
+template <typename T>
+struct Pixels {
+    const T* first;
+    int width;
+    int height;
+    int pitch;  ///< bytes
+};
+
+/// The statistics of images with elements T, 8u, 16u or 32f, and C channels, 1 or 3.
+template <typename T, int C>
+struct Statistics {
+    [[nodiscard]] static VexaStatus scratchSize(Statistic statistic, int width, int height, std::size_t& bytes,
+                                                Stream stream);
+
+    [[nodiscard]] static VexaStatus max(Pixels<T> src, void* scratch, T* max, Stream stream);
+    [[nodiscard]] static VexaStatus min(Pixels<T> src, void* scratch, T* min, Stream stream);
+    [[nodiscard]] static VexaStatus minMax(Pixels<T> src, void* scratch, T* min, T* max, Stream stream);
+    [[nodiscard]] static VexaStatus sum(Pixels<T> src, void* scratch, Vexa64f* sum, Stream stream);
+    [[nodiscard]] static VexaStatus mean(Pixels<T> src, void* scratch, Vexa64f* mean, Stream stream);
+
+    /// The root of the sum of squares.
+    [[nodiscard]] static VexaStatus norm(Pixels<T> src, void* scratch, Vexa64f* norm, Stream stream);
+
+    /// Mean and standard deviation of the population.
+    [[nodiscard]] static VexaStatus meanStdDev(Pixels<T> src, void* scratch, Vexa64f* mean, Vexa64f* stdDev,
+                                               Stream stream);
+
+    /// The same over the pixels whose byte in the mask is not 0; of none, both are 0. The size is that of the source.
+    [[nodiscard]] static VexaStatus meanStdDev(Pixels<T> src, Pixels<Vexa8u> mask, void* scratch, Vexa64f* mean,
+                                               Vexa64f* stdDev, Stream stream);
+};
+
+/// How many elements of each channel lie between bounds that count as inside; for T 8u or 32f and C 1 or 3. A lower
+/// bound above the upper is an error.
+template <typename T, int C>
+[[nodiscard]] VexaStatus countInRange(Pixels<T> src, void* scratch, Vexa32s* counts, const T* lowest, const T* highest,
+                                      Stream stream);
+
+/// The dot product of two float images that share width, height and pitch, for C 1 or 3.
+template <int C>
+[[nodiscard]] VexaStatus dot(Pixels<Vexa32f> src1, const Vexa32f* src2, void* scratch, Vexa64f* result, Stream stream);
+/// @}
+
+/// @name Linear algebra
+/// Of one matrix, by column: rows of pixels are the columns of the transpose. Matrices, pivots and infos lie in device
+/// memory, and so do the pointers to the matrices. Leading dimensions are in elements.
+/// VEXA_INTERNAL_FUNCTION_CALL_ERROR
+/// @{
+
+/// What a vendor library needs to be called.
+using Solver = void*;
+[[nodiscard]] VexaStatus createSolver(Solver& solver, Stream stream);
+void destroySolver(Solver solver);
+
+/// LU factors in place, by partial pivoting. `info` takes the place of the first pivot that is 0, from 1 on, or 0.
+[[nodiscard]] VexaStatus luFactor(Solver solver, int n, Vexa32f* const* matrix, int lda, Vexa32s* pivots,
+                                  Vexa32s* info);
+
+/// The inverse from the factors. After a pivot of 0, `info` says so and the result is what the library leaves.
+[[nodiscard]] VexaStatus luInvert(Solver solver, int n, const Vexa32f* const* factors, int lda, const Vexa32s* pivots,
+                                  Vexa32f* const* inverse, int ldc, Vexa32s* info);
+/// @}
+
 }  // namespace vexa::platform

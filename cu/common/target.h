@@ -10,7 +10,7 @@
 /// A kernel: callers on raw pointers know it by name, so its host stub is exported.
 #define VEXA_KERNEL __attribute__((visibility("default"))) __global__ void
 
-/// A kernel that callers don't know of; it stands in an anonymous namespace.
+/// A kernel that the library alone launches.
 #define VEXA_LOCAL_KERNEL __global__ void
 
 /// A function that kernels call for every element.

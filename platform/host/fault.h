@@ -20,6 +20,10 @@ enum class Call {
     currentDevice,
     deviceCount,
     synchronizeDevice,
+    scratchSize,
+    statistic,
+    luFactor,
+    luInvert,
     count
 };
 

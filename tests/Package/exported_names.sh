@@ -15,7 +15,7 @@ complain() {
 
 # Without the marks that every linker sets, and without the return types that templates carry.
 names=$("$NM" -D -C --defined-only "$library" | sed -E 's/^[0-9a-f]* . //' | grep -vxE '__bss_start|_edata|_end' |
-    sed -E 's/^void //; s/^[a-z ]+\* //' | sort -u)
+    sed -E 's/^(void|VexaStatus) //; s/^[a-z ]+\* //' | sort -u)
 
 # Words of the public headers outside comments. A qualified name is public if all its parts are among them.
 words=$(sed 's,//.*,,' "$include"/*.h | grep -oE '[A-Za-z_][A-Za-z_0-9]*' | sort -u)
