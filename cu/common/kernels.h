@@ -48,6 +48,7 @@ template <typename T, int N>
 struct InterleavedRow {
     T* first;
 
+    VEXA_DEVICE InterleavedRow from(int x) const { return {first + N * x}; }
     VEXA_DEVICE Pixel<T, N> load(int x) const { return load(first + N * x, std::make_index_sequence<N>()); }
     VEXA_DEVICE void store(int x, Pixel<T, N> pixel) const
     {
@@ -72,10 +73,16 @@ template <typename T, int N>
 struct PlanarRow {
     T* first[N];
 
+    VEXA_DEVICE PlanarRow from(int x) const { return from(x, std::make_index_sequence<N>()); }
     VEXA_DEVICE Pixel<T, N> load(int x) const { return load(x, std::make_index_sequence<N>()); }
     VEXA_DEVICE void store(int x, Pixel<T, N> pixel) const { store(x, pixel, std::make_index_sequence<N>()); }
 
 private:
+    template <std::size_t... I>
+    VEXA_DEVICE PlanarRow from(int x, std::index_sequence<I...>) const
+    {
+        return {{(first[I] + x)...}};
+    }
     template <std::size_t... I>
     VEXA_DEVICE Pixel<T, N> load(int x, std::index_sequence<I...>) const
     {

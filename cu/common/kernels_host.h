@@ -6,6 +6,7 @@
 #pragma once
 
 #include "parallel.h"
+#include "streaming.h"
 
 namespace vexa {
 
@@ -99,24 +100,33 @@ inline void mapRun(int count, D* to, const Op& op, const From&... from)
     for (int x = 0; x < count; ++x) to[x] = op(from[x]...);
 }
 
+/// Elements of a stage, whole pixels of any channels.
+constexpr int elementsPerStage = 1536;
+
 /// All rows, in runs of at most `run` elements.
 template <typename D, typename Op, typename... Reader>
 inline void mapRows(int elements, int height, int run, std::size_t bytesPerElement, Plane<D> dst, const Op& op,
                     const Reader&... readers)
 {
+    const std::size_t rowElements = static_cast<std::size_t>(elements);
+    const bool staged = platform::outgrowsCaches(rowElements * static_cast<std::size_t>(height) * sizeof(D));
+    const int longest = staged ? std::min(run, elementsPerStage) : run;
     const auto body = [=, &readers...](std::size_t begin, std::size_t end) {
         const Op own = op;
+        alignas(64) D stage[elementsPerStage];
         for (std::size_t row = begin; row < end; ++row) {
             const int y = static_cast<int>(row);
             for (int x = 0; x < elements;) {
-                const int count = std::min(run, elements - x);
-                mapRun(count, dst.row(y) + x, own, readers.from(y, x)...);
+                const int count = std::min(longest, elements - x);
+                D* const to = dst.row(y) + x;
+                mapRun(count, staged ? stage : to, own, readers.from(y, x)...);
+                if (staged) platform::writePastCaches(to, stage, static_cast<std::size_t>(count) * sizeof(D));
                 x += count;
             }
         }
+        if (staged) platform::finishPastCaches();
     };
-    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(elements) * bytesPerElement,
-                             body);
+    platform::parallelRanges(static_cast<std::size_t>(height), rowElements * bytesPerElement, body);
 }
 
 }  // namespace detail
@@ -147,6 +157,39 @@ inline void mapRow(int width, Op op, ToRow to, FromRow... from)
     for (int x = 0; x < width; ++x) to.store(x, op(from.load(x)...));
 }
 
+/// Pixels of a row on their way past the caches.
+template <typename T, int N>
+struct Stage {
+    static constexpr int pixels = 512;
+    alignas(64) T element[N * pixels];
+
+    InterleavedRow<T, N> rowLike(const InterleavedRow<T, N>& /*row*/) { return {element}; }
+    PlanarRow<T, N> rowLike(const PlanarRow<T, N>& /*row*/) { return planes(std::make_index_sequence<N>()); }
+
+    /// The first `count` pixels to their place.
+    void write(const InterleavedRow<T, N>& to, int count) const { write(to.first, element, N * count); }
+    void write(const PlanarRow<T, N>& to, int count) const
+    {
+        for (int i = 0; i < N; ++i) write(to.first[i], element + i * pixels, count);
+    }
+
+private:
+    template <std::size_t... I>
+    PlanarRow<T, N> planes(std::index_sequence<I...>)
+    {
+        return {{(element + I * pixels)...}};
+    }
+    static void write(T* to, const T* from, int count)
+    {
+        platform::writePastCaches(to, from, static_cast<std::size_t>(count) * sizeof(T));
+    }
+};
+
+template <typename T, int N>
+Stage<T, N> stageOf(const Interleaved<T, N>&);
+template <typename T, int N>
+Stage<T, N> stageOf(const Planar<T, N>&);
+
 }  // namespace detail
 
 /// dst = op(src...) for every pixel; images are Interleaved or Planar.
@@ -154,14 +197,28 @@ template <typename Dst, typename Op, typename... Src>
 inline void mapPixels(int width, int height, const Dst& dst, const Op& op, const Src&... src)
 {
     if (width < 1 || height < 1) return;
-    constexpr std::size_t bytesPerPixel = (detail::bytesPerPixel<Dst> + ... + detail::bytesPerPixel<Src>);
-    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel,
-                             [=](std::size_t begin, std::size_t end) {
-                                 for (std::size_t row = begin; row < end; ++row) {
-                                     const int y = static_cast<int>(row);
-                                     detail::mapRow(width, op, dst.row(y), src.row(y)...);
-                                 }
-                             });
+    constexpr std::size_t written = detail::bytesPerPixel<Dst>;
+    constexpr std::size_t moved = (written + ... + detail::bytesPerPixel<Src>);
+    const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const bool staged = platform::outgrowsCaches(pixels * written);
+    using Stage = decltype(detail::stageOf(dst));
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        Stage stage;
+        for (std::size_t row = begin; row < end; ++row) {
+            const int y = static_cast<int>(row);
+            if (!staged) {
+                detail::mapRow(width, op, dst.row(y), src.row(y)...);
+                continue;
+            }
+            for (int x = 0; x < width; x += Stage::pixels) {
+                const int count = std::min(Stage::pixels, width - x);
+                detail::mapRow(count, op, stage.rowLike(dst.row(y)), src.row(y).from(x)...);
+                stage.write(dst.row(y).from(x), count);
+            }
+        }
+        if (staged) platform::finishPastCaches();
+    };
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * moved, body);
 }
 
 /// rule(i) for every item of a flat run.

@@ -185,7 +185,6 @@ TEST(Color, ChecksInOrder)
             }
             EXPECT_EQ(function.call(src, dst), misfit.status) << "into " << dst.type();
             if (misfit.status == success) continue;
-            // Behind all comparisons, one marks a destination whose type it then refuses.
             EXPECT_EQ(dst.channelSeq(), VEXA_CHANNEL_SEQ_NONE);
             EXPECT_EQ(elementsOf(dst), untouched);
         }
@@ -472,7 +471,7 @@ TEST(Color, PackedYuv)
     }
 }
 
-/// On raw pointers, one worker of each kind: two pitches, one pitch, no sequence.
+/// On raw pointers, one worker of each kind: with two pitches and with one.
 TEST(Color, Workers)
 {
     VexaImage src = noiseOf({67, 5}, VEXA_16UC3);
@@ -490,12 +489,6 @@ TEST(Color, Workers)
     for (const VexaChannelSeq sequence : {VEXA_CHANNEL_SEQ_RGB, VEXA_CHANNEL_SEQ_NONE})
         ASSERT_EQ(vexa_rgbToYuv_16u_C3(src.ptr<u16>(), src.ptr<u16>(), 67, 5, src.pitch(), sequence, nullptr), success);
     EXPECT_EQ(elementsOf(src), elementsOf(yuv));
-
-    VexaImage hsv = noiseOf({67, 5}, VEXA_8UC3);
-    VexaImage bgr;
-    ASSERT_EQ(co::hsv2rgb(hsv, bgr), success);
-    ASSERT_EQ(vexa_hsvToBgr_8u_c3(hsv.ptr<u8>(), hsv.ptr<u8>(), 67, 5, hsv.pitch(), nullptr), success);
-    EXPECT_EQ(elementsOf(hsv), elementsOf(bgr));
 }
 
 }  // namespace
