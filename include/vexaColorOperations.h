@@ -17,9 +17,9 @@ namespace colorOperations {
 /// An empty `dst` is created; any other must have the size of `src` and, where nothing else is told, its depth and
 /// channels. All return without waiting.
 ///
-/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_INPLACE_OP_NOT_SUPPORTED where `src` and `dst` must be
-/// two
-///         images and are one; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels of `src`;
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_INPLACE_OP_NOT_SUPPORTED for one image as `src` and
+/// `dst`
+///         where that is told; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels of `src`;
 ///         VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that does not match; for other types what the function tells (an
 ///         empty `dst` has been created by then)
 /// @{
@@ -47,7 +47,7 @@ VEXA_API VexaStatus gray2rgb(VexaImage& srcDst, const VexaStream& stream = VexaS
 /// @return VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths
 VEXA_API VexaStatus rgb2yuv(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
 
-/// Back, in the sequence of `dst`. At 16 bits U and V are taken around 128: this does not undo rgb2yuv.
+/// Back, in the sequence of `dst`. At 16 bits U and V are taken around 128: this does not undo rgb2yuv. Runs in place.
 VEXA_API VexaStatus yuv2rgb(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
 
 /// Hue, saturation and value, each from 0 to 1 for 32f and from 0 to 255 for 8u (a full circle of hue is 255). Runs in

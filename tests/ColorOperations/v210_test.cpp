@@ -162,13 +162,14 @@ TEST(V210, OtherShapesStayInside)
     std::vector<VexaImage> images[2];  // of pixels, packed
     for (const int depth : {16, 8}) {
         std::vector<VexaImage>& shapes = images[depth == 8 ? 1 : 0];
-        shapes.resize(14);
+        shapes.resize(15);
         for (std::size_t i = 0; i < 12; ++i)
             ASSERT_EQ(
                 shapes[i].create(12, 5, std::array<int, 4>{2, 31, 96, 300}[i % 4], depth, static_cast<int>(i / 4) + 1),
                 success);
         ASSERT_EQ(shapes[12].create(1, 1, depth, 4), success);
         ASSERT_EQ(shapes[13].create(13, 40, -depth, 3), success);
+        ASSERT_EQ(shapes[14].create(1920, 1092, 1920 * depth / 8, depth, 1), success);
         for (VexaImage& image : shapes) fillBuffer(image, 0x11);
     }
     for (VexaImage& pixels : images[0])
