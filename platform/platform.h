@@ -69,9 +69,9 @@ struct Extent2D {
 [[nodiscard]] VexaStatus setBytes(Target device, unsigned char value, Extent2D extent, Stream stream);
 /// @}
 
-/// Uniformly distributed random floats in device memory, above 0 and at most 1, the same for the same count.
-/// VEXA_INTERNAL_FUNCTION_CALL_ERROR
-[[nodiscard]] VexaStatus uniform(float* values, std::size_t count, Stream stream);
+/// Uniformly distributed random floats in rows of device memory, above 0 and at most 1, the same for the same extent.
+/// VEXA_INTERNAL_FUNCTION_CALL_ERROR, VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_D2D_ERROR, VEXA_MEMFREE_ERR
+[[nodiscard]] VexaStatus uniform(Target device, Extent2D extent, Stream stream);
 
 /// @name Streams
 /// @{

@@ -22,16 +22,13 @@ VEXA_DEVICE Pixel<float, 3> hsvOf(Color<float> c)
     const float min = lessOfTwo < c.blue ? lessOfTwo : c.blue;
     const float delta = max - min;
 
-    const float inverse = reciprocal(delta);
-    const auto distance = [=](float primary) {
-        return multiplyAdd(max - primary, 1.0F / 6.0F, delta * 0.5F) * inverse;
-    };
-    const float red = distance(c.red);
-    const float green = distance(c.green);
-    const float blue = distance(c.blue);
-    const float third = 1.0F / 3.0F;
-    const float besideGreen = c.green == max ? third + red - blue : 2.0F * third + green - red;
-    const float angle = c.red == max ? blue - green : besideGreen;
+    // A sixth of a circle from the primary that is largest; of equal ones red comes first, then green.
+    const bool isRed = c.red == max;
+    const bool isGreen = c.green == max;
+    const float start = isRed ? 0.0F : isGreen ? 1.0F / 3.0F : 2.0F / 3.0F;
+    const float ahead = isRed ? c.green : isGreen ? c.blue : c.red;
+    const float behind = isRed ? c.blue : isGreen ? c.red : c.green;
+    const float angle = multiplyAdd(ahead - behind, reciprocal(delta) * (1.0F / 6.0F), start);
     const float notBelow = angle < 0.0F ? angle + 1.0F : angle;
     const float hue = notBelow > 1.0F ? notBelow - 1.0F : notBelow;
 
@@ -64,22 +61,18 @@ VEXA_DEVICE u16 scaled(u16 a, u16 b)
     return static_cast<u16>(static_cast<u16>(a * b) >> 8);
 }
 
-/// Blue, green and red of hue, saturation and value in bytes: six regions of 43 steps of hue each. In all of them one
-/// primary is the value, one the lowest, and one between, which rises in even regions and falls in odd ones.
+/// Blue, green and red of hue, saturation and value in bytes: six regions of 43 steps of hue each.
 VEXA_DEVICE Pixel<u8, 3> bgrOf(u16 h, u16 s, u16 v)
 {
     const u16 full = 255;
     const auto region = static_cast<u16>(static_cast<u16>(h * 191) >> 13);  // h / 43 for every byte
     const auto rest = static_cast<u16>((h - 43 * region) * 6);
-    const auto falling = static_cast<u16>(region & 1);
-    const auto distance = static_cast<u16>(falling * rest + (1 - falling) * (full - rest));
-    const u16 lowest = scaled(v, static_cast<u16>(full - s));
-    const u16 between = scaled(v, static_cast<u16>(full - scaled(s, distance)));
-    const auto lowPair = static_cast<u16>(region >> 1);         // 0 1, 2 3, 4 5: lowest is blue, red, green
-    const auto highPair = static_cast<u16>((region + 1) >> 1);  // 5 0, 1 2, 3 4: highest is red, green, blue
-    const u16 red = lowPair == 1 ? lowest : highPair == 0 || highPair == 3 ? v : between;
-    const u16 green = lowPair == 2 ? lowest : highPair == 1 ? v : between;
-    const u16 blue = lowPair == 0 ? lowest : highPair == 2 ? v : between;
+    const u16 p = scaled(v, static_cast<u16>(full - s));
+    const u16 q = scaled(v, static_cast<u16>(full - scaled(s, rest)));
+    const u16 t = scaled(v, static_cast<u16>(full - scaled(s, static_cast<u16>(full - rest))));
+    const u16 red = region == 1 ? q : region == 2 || region == 3 ? p : region == 4 ? t : v;
+    const u16 green = region == 0 ? t : region == 1 || region == 2 ? v : region == 3 ? q : p;
+    const u16 blue = region == 0 || region == 1 ? p : region == 2 ? t : region == 3 || region == 4 ? v : q;
     const bool isGray = s == 0;
     return {
         {static_cast<u8>(isGray ? v : blue), static_cast<u8>(isGray ? v : green), static_cast<u8>(isGray ? v : red)}};

@@ -42,30 +42,42 @@ VEXA_DEVICE float shareOf(float lightness)
     return static_cast<double>(cube) > 0.008856 ? cube : (lightness - 0.137931034F) * 0.128419161F;
 }
 
-/// L from 0 to 100, a and b around 0, of a colour from 0 to 1.
-VEXA_DEVICE Pixel<float, 3> labOf(Color<float> color)
+/// L from 0 to 100, a and b around 0, of linear light in percent.
+VEXA_DEVICE Pixel<float, 3> labOf(Color<float> light)
 {
-    const float red = linearized(color.red);
-    const float green = linearized(color.green);
-    const float blue = linearized(color.blue);
-    const float x = lightnessOf(weighted(0.412453F, red, 0.35758F, green, 0.180423F, blue) * 0.010521111F);
-    const float y = lightnessOf(weighted(0.212671F, red, 0.71516F, green, 0.072169F, blue) * 0.01F);
-    const float z = lightnessOf(weighted(0.019334F, red, 0.119193F, green, 0.950227F, blue) * 0.00918417F);
+    const float x =
+        lightnessOf(weighted(0.412453F, light.red, 0.35758F, light.green, 0.180423F, light.blue) * 0.010521111F);
+    const float y = lightnessOf(weighted(0.212671F, light.red, 0.71516F, light.green, 0.072169F, light.blue) * 0.01F);
+    const float z =
+        lightnessOf(weighted(0.019334F, light.red, 0.119193F, light.green, 0.950227F, light.blue) * 0.00918417F);
     return {{multiplyAdd(116.0F, y, -16.0F), 500.0F * (x - y), 200.0F * (y - z)}};
 }
 
+/// The linear light of an element.
+struct LightOf {
+    float inverse;  ///< of the scale
+
+    template <typename T>
+    VEXA_DEVICE float operator()(T element) const
+    {
+        return linearized(static_cast<float>(element) * inverse);
+    }
+};
+
+template <typename T>
+using Light = std::conditional_t<std::is_same_v<T, u8>, ByteFunction<LightOf>, LightOf>;
+
 template <typename T, VexaChannelSeq seq>
 struct LabOf {
+    Light<T> light;
     float scale;
-    float inverse;
     float offset;
     Range range;
 
     VEXA_DEVICE Pixel<T, 3> operator()(Pixel<T, 3> pixel) const
     {
         const Color<T> c = colorOf<seq>(pixel);
-        const Pixel<float, 3> lab = labOf({static_cast<float>(c.red) * inverse, static_cast<float>(c.green) * inverse,
-                                           static_cast<float>(c.blue) * inverse});
+        const Pixel<float, 3> lab = labOf({light(c.red), light(c.green), light(c.blue)});
         if constexpr (Element<T>::saturates)
             return {{saturate<T>(lab.element[0] * scale * 0.01F, range), saturate<T>(lab.element[1] + offset, range),
                      saturate<T>(lab.element[2] + offset, range)}};
@@ -106,7 +118,7 @@ template <typename T, VexaChannelSeq seq>
 VEXA_KERNEL kernel_rgb2lab(T* src, T* dst, int width, int height, int pitch, float scale, float offset)
 {
     const Range range{Element<T>::min, Element<T>::max};
-    convertPixels(src, dst, width, height, pitch, LabOf<T, seq>{scale, 1.0F / scale, offset, range});
+    convertPixels(src, dst, width, height, pitch, LabOf<T, seq>{Light<T>(LightOf{1.0F / scale}), scale, offset, range});
 }
 
 template <typename T, VexaChannelSeq seq>

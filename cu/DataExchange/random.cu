@@ -9,14 +9,9 @@ using namespace vexa;
 VexaStatus vexa_rand_32f(float* pDst, Vexa32u dstWidth, Vexa32u dstHeight, Vexa32u dstPitch, Vexa32u channels,
                          cudaStream_t internal_stream)
 {
-    const std::size_t rowElements = static_cast<std::size_t>(dstWidth) * channels;
-    const std::size_t rowBytes = rowElements * sizeof(float);
-    void* dense = nullptr;
     // No failure is told. An image that could not be filled stays as it is.
-    if (platform::allocate(dense, rowBytes * dstHeight)) return VEXA_SUCCESS;
-    if (platform::uniform(static_cast<float*>(dense), rowElements * dstHeight, internal_stream) == VEXA_SUCCESS)
-        (void)platform::copyOnDevice({pDst, dstPitch}, {dense, rowBytes}, {rowBytes, dstHeight}, internal_stream);
-    (void)platform::release(dense);
+    const std::size_t rowBytes = static_cast<std::size_t>(dstWidth) * channels * sizeof(float);
+    (void)platform::uniform({pDst, dstPitch}, {rowBytes, dstHeight}, internal_stream);
     return VEXA_SUCCESS;
 }
 

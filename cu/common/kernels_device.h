@@ -147,6 +147,17 @@ inline constexpr int packSize = 16 / static_cast<int>(std::max({sizeof(D), loade
 
 }  // namespace detail
 
+/// A function of a byte. Threads compute it: a table would cost more.
+template <typename Function>
+class ByteFunction {
+public:
+    VEXA_DEVICE explicit ByteFunction(const Function& function) : _function(function) {}
+    VEXA_DEVICE float operator()(u8 byte) const { return _function(byte); }
+
+private:
+    Function _function;
+};
+
 /// rule(x, y) for every pixel, one a thread.
 template <typename Rule>
 VEXA_DEVICE void forEachPixel(int width, int height, const Rule& rule)

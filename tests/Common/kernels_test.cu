@@ -271,6 +271,9 @@ TEST(MapPixels, TakesPixelsApartWhateverTheirLayout)
             expectPixels<u16>(size, offset, 0);
             expectPixels<f32>(size, 0, offset);
         }
+    // Large enough that the host writes past the caches.
+    expectPixels<f32>({2101, 1811}, 0, 0);
+    expectPixels<f32>({2101, 1811}, 1, 1);
 }
 
 TEST(ForEachItem, VisitsEveryItemOnce)
