@@ -18,11 +18,11 @@ namespace {
 /// A counter gives four words. Counters go side by side, so that they fill vector registers.
 constexpr int wordsPerCounter = 4;
 constexpr int counters = 16;
-constexpr std::size_t wordsPerBlock = wordsPerCounter * counters;
 
 struct Block {
     std::uint32_t word[wordsPerCounter][counters];
 };
+constexpr std::size_t wordsPerBlock = sizeof(Block) / sizeof(std::uint32_t);
 
 /// The words of consecutive counters; the key is 0.
 Block philox(std::uint64_t first)
