@@ -66,6 +66,9 @@ void addRun(const std::string& name, const Work& work, int calls)
     benchmark::RegisterBenchmark(name.c_str(),
                                  [work, calls](benchmark::State& state) {
                                      const VexaStream stream(false);
+                                     // Once beforehand: memory that lay idle may have been taken back.
+                                     work();
+                                     stream.sync();
                                      for (auto _ : state) {
                                          for (int i = 0; i < calls; ++i) work();
                                          stream.sync();
