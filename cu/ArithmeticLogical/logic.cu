@@ -1,6 +1,5 @@
 /// @file
-/// Bitwise logic and shifts, of unsigned integer elements as they are. NOT is the smallest operation of the library:
-/// copy it to begin another.
+/// Bitwise logic and shifts, of unsigned integer elements as they are.
 
 #include <algorithm>
 

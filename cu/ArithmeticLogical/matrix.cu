@@ -28,32 +28,23 @@ VEXA_KERNEL kernel_ata(const T* a, T* b, int m, int n, int ap, int bp)
     multiplyMatrices(n, n, m, {a, 1, ap}, {a, ap, 1}, Plane<T>{b, bp});
 }
 
-namespace {
-
-/// A byte pitch in floats.
-int inFloats(int pitch)
-{
-    return pitch / static_cast<int>(sizeof(float));
-}
-
-}  // namespace
-
 VexaStatus vexa_matmul_32fc1(float* a, float* b, float* c, int m, int n, int k, int ap, int bp, int cp,
                              cudaStream_t stream)
 {
-    launch(kernel_mat_mul<float>, {k, m}, stream, a, b, c, m, n, k, inFloats(ap), inFloats(bp), inFloats(cp));
+    launch(kernel_mat_mul<float>, {k, m}, stream, a, b, c, m, n, k, elements<f32>(ap), elements<f32>(bp),
+           elements<f32>(cp));
     return VEXA_SUCCESS;
 }
 
 VexaStatus vexa_mat_trans_mul_32fc1(float* a, float* b, int m, int n, int ap, int bp, cudaStream_t stream)
 {
-    launch(kernel_ata<float>, {n, n}, stream, a, b, m, n, inFloats(ap), inFloats(bp));
+    launch(kernel_ata<float>, {n, n}, stream, a, b, m, n, elements<f32>(ap), elements<f32>(bp));
     return VEXA_SUCCESS;
 }
 
 VexaStatus vexa_mat_mul_trans_32fc1(float* a, float* b, int m, int n, int ap, int bp, cudaStream_t stream)
 {
-    launch(kernel_aat<float>, {m, m}, stream, a, b, m, n, inFloats(ap), inFloats(bp));
+    launch(kernel_aat<float>, {m, m}, stream, a, b, m, n, elements<f32>(ap), elements<f32>(bp));
     return VEXA_SUCCESS;
 }
 
@@ -93,12 +84,12 @@ VexaStatus vexa_invert_32fc1(float* src_d, float* dst_d, int n, int spitch, int 
     (void)platform::setBytes({info, sizeof *info}, 0, {sizeof *info, 1}, stream);
     float** const matrix = allocateAddress(src_d);
 
-    const VexaStatus factored = platform::luFactor(solver, n, matrix, inFloats(spitch), pivots, info);
+    const VexaStatus factored = platform::luFactor(solver, n, matrix, elements<f32>(spitch), pivots, info);
     if (read(info) == n) return VEXA_SINGULAR_MATRIX_ERROR;
     if (factored) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     float** const inverse = allocateAddress(dst_d);
     const VexaStatus inverted =
-        platform::luInvert(solver, n, matrix, inFloats(spitch), pivots, inverse, inFloats(dpitch), info);
+        platform::luInvert(solver, n, matrix, elements<f32>(spitch), pivots, inverse, elements<f32>(dpitch), info);
     (void)read(info);
     if (inverted) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     (void)releaseAll({pivots, info, matrix, inverse});

@@ -116,8 +116,8 @@ struct Padding {
     template <typename Kernel, typename... Value>
     VexaStatus fillBorder(Kernel kernel, cudaStream_t stream, Value... values) const
     {
-        launch(kernel, Extent{width, height}, stream, dst, width, height, dstPitch / static_cast<int>(sizeof(T)),
-               margins.top, margins.bottom, margins.left, margins.right, values...);
+        launch(kernel, Extent{width, height}, stream, dst, width, height, elements<T>(dstPitch), margins.top,
+               margins.bottom, margins.left, margins.right, values...);
         return VEXA_SUCCESS;
     }
 };

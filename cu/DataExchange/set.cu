@@ -29,8 +29,7 @@ VEXA_LOCAL_KERNEL setPixels(T* dst, int width, int height, int pitch, PerChannel
 template <typename T, int C>
 VexaStatus launchSet(T* dst, int width, int height, int pitch, const PerChannel<T, C>& values, cudaStream_t stream)
 {
-    launch(setPixels<T, C>, elementExtent<C, T>(width, height), stream, dst, width, height,
-           pitch / static_cast<int>(sizeof(T)), values);
+    launch(setPixels<T, C>, elementExtent<C, T>(width, height), stream, dst, width, height, elements<T>(pitch), values);
     return VEXA_SUCCESS;
 }
 

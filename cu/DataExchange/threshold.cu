@@ -65,7 +65,7 @@ VexaStatus launchC1(T* pSrc, T* pDst, int width, int height, int pitch, Vexa64f 
                     cudaStream_t stream)
 {
     launch(kernel_thresh_c1<T>, elementExtent<1, T>(width, height), stream, pSrc, pDst, width, height,
-           pitch / static_cast<int>(sizeof(T)), static_cast<float>(minThresh), static_cast<float>(maxThresh));
+           elements<T>(pitch), static_cast<float>(minThresh), static_cast<float>(maxThresh));
     return VEXA_SUCCESS;
 }
 
@@ -78,8 +78,8 @@ VexaStatus launchC3(T* pSrc, T* pDst, int width, int height, int pitch, const Ve
         return bounds == nullptr ? 0.0F : static_cast<float>(bounds[channel]);
     };
     launch(kernel_thresh_c3<T>, elementExtent<3, T>(width, height), stream, pSrc, pDst, width, height,
-           pitch / static_cast<int>(sizeof(T)), bound(minThresh, 0), bound(maxThresh, 0), bound(minThresh, 1),
-           bound(maxThresh, 1), bound(minThresh, 2), bound(maxThresh, 2));
+           elements<T>(pitch), bound(minThresh, 0), bound(maxThresh, 0), bound(minThresh, 1), bound(maxThresh, 1),
+           bound(minThresh, 2), bound(maxThresh, 2));
     return VEXA_SUCCESS;
 }
 
