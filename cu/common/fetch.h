@@ -21,8 +21,14 @@ struct FetchClamped {
     VEXA_DEVICE T operator()(int x, int y) const
     {
         const int column = x < 0 ? 0 : (x < width ? x : width - 1);
-        const int row = y < 0 ? 0 : (y < height ? y : height - 1);
-        return pixels[static_cast<std::ptrdiff_t>(row) * pitch + column];
+        return row(y)[column];
+    }
+
+    /// The row that positions of row y read.
+    VEXA_DEVICE const T* row(int y) const
+    {
+        const int nearest = y < 0 ? 0 : (y < height ? y : height - 1);
+        return pixels + static_cast<std::ptrdiff_t>(nearest) * pitch;
     }
 };
 
@@ -38,6 +44,12 @@ struct FetchZero {
     {
         const bool inside = x >= 0 && y >= 0 && x < width && y < height;
         return inside ? pixels[static_cast<std::ptrdiff_t>(y) * pitch + x] : T(0);
+    }
+
+    /// The row that positions of row y read; null where they all read 0.
+    VEXA_DEVICE const T* row(int y) const
+    {
+        return y >= 0 && y < height ? pixels + static_cast<std::ptrdiff_t>(y) * pitch : nullptr;
     }
 };
 
