@@ -1,5 +1,5 @@
 /// @file
-/// vexa::colorOperations: colour spaces, channels apart and together, packed video.
+/// vexa::colorOperations: colour spaces, raw frames, channels apart and together, packed video.
 
 #pragma once
 
@@ -98,6 +98,33 @@ VEXA_API VexaStatus channelSplit(const VexaImage& src, VexaImage& red, VexaImage
 ///         VEXA_DEPTH_NOT_SUPPORTED_ERROR for other types
 VEXA_API VexaStatus channelMerge(const VexaImage& red, const VexaImage& green, const VexaImage& blue, VexaImage& dst,
                                  const VexaStream& stream = VexaStream(false));
+
+/// @name Demosaicing
+/// A raw frame of a sensor behind a Bayer mosaic, 1 channel of 8 or 16 bits, as an image of 3 channels. An empty `dst`
+/// is created with the size and depth of `src`. Results of 16 bits are at most what the data bits of `src` hold.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels of `src`
+///         or `dst`; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` of another size or depth; then (an empty `dst` has been
+///         created by then) VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths, and what the function tells
+/// @{
+
+/// One pass of stencils. The plain layouts average direct neighbours; the HQ ones weigh 5 by 5 pixels, and with 8 bits
+/// an overshoot past 255 wraps. Which slot gets which colour depends on the layout and is uneven: VEXA_BAYER_RGGB gives
+/// blue, green, red, VEXA_BAYER_GBRG leaves pixels of odd columns in even rows black, and a flat image need not stay
+/// flat. demosaicDFPD is the one for pictures. Beyond the border the nearest pixel repeats. Returns without waiting.
+/// @return VEXA_NOT_SUPPORTED_MODE_ERROR for any other layout
+VEXA_API VexaStatus demosaic(const VexaImage& src, VexaImage& dst, const VexaBayerSeq sensorAlignment,
+                             const VexaStream& stream = VexaStream(false));
+
+/// Directional filtering with a posteriori decision (Menon, Andriani and Calvagno, 2007), without its refinement: at
+/// each red or blue site green is interpolated along the column or the row, whichever has the smaller gradients of
+/// chrominance, and the other colours follow from differences of colours in that direction. Gives blue, green, red for
+/// the four plain layouts. Outside the image raw values count as 0; the outermost ring of pixels keeps its raw values
+/// but for green at red and blue sites. `refine` has no effect. Blocks.
+/// @return VEXA_INVALID_ARG_ERROR for any other layout
+VEXA_API VexaStatus demosaicDFPD(const VexaImage& src, VexaImage& dst, const VexaBayerSeq sensorAlignment,
+                                 const bool refine, const VexaStream& stream = VexaStream(false));
+/// @}
 
 /// @name Packed video
 /// V210 holds six 10-bit 4:2:2 pixels in four little-endian 32-bit words. Its image is a flat run of pitch times height
@@ -208,6 +235,31 @@ VEXA_API VexaStatus vexa_merge_16u_C3(Vexa16u* red, Vexa16u* green, Vexa16u* blu
 VEXA_API VexaStatus vexa_merge_32f_C3(Vexa32f* red, Vexa32f* green, Vexa32f* blue, Vexa32f* dst, Vexa32s width,
                                       Vexa32s height, Vexa32s srcPitch, Vexa32s dstPitch, VexaChannelSeq sequence,
                                       cudaStream_t stream);
+/// @}
+
+/// @name Workers of demosaicing, on device pointers
+/// Sizes in pixels, pitches in bytes. The templates are what the DFPD workers call for each layout.
+/// @return VEXA_NULL_POINTER_ERROR, VEXA_SIZE_ERROR for a side below 1 and VEXA_NOT_SUPPORTED_MODE_ERROR for the layout
+///         from the first two; VEXA_INVALID_ARG_ERROR for the layout from the next two
+/// @{
+VEXA_API VexaStatus vexa_bayerToRgb_8u_C1(Vexa8u* pSrc, Vexa8u* pDst, VexaSize imgSize, Vexa32s srcPitch,
+                                          Vexa32s dstPitch, VexaBayerSeq seq, cudaStream_t stream);
+VEXA_API VexaStatus vexa_bayerToRgb_16u_C1(Vexa16u* pSrc, Vexa16u* pDst, VexaSize imgSize, Vexa32s srcPitch,
+                                           Vexa32s dstPitch, VexaBayerSeq seq, Vexa32s dataBits, cudaStream_t stream);
+VEXA_API VexaStatus vexa_demosaic_dfpd_8u_fast(Vexa8u* src, Vexa8u* dst, Vexa32s width, Vexa32s height, Vexa32s spitch,
+                                               Vexa32s dpitch, Vexa32s databits, VexaBayerSeq seq, bool refine,
+                                               cudaStream_t stream);
+VEXA_API VexaStatus vexa_demosaic_dfpd_16u_fast(Vexa16u* src, Vexa16u* dst, Vexa32s width, Vexa32s height,
+                                                Vexa32s spitch, Vexa32s dpitch, Vexa32s databits, VexaBayerSeq seq,
+                                                bool refine, cudaStream_t stream);
+template <VexaBayerSeq seq>
+VEXA_API VexaStatus vexa_demosaic_DFPD_simple_8u_fast(Vexa8u* src, Vexa8u* dst, Vexa32s width, Vexa32s height,
+                                                      Vexa32s spitch, Vexa32s dpitch, Vexa32s databits, bool refine,
+                                                      cudaStream_t stream);
+template <VexaBayerSeq seq>
+VEXA_API VexaStatus vexa_demosaic_DFPD_simple_16u_fast(Vexa16u* src, Vexa16u* dst, Vexa32s width, Vexa32s height,
+                                                       Vexa32s spitch, Vexa32s dpitch, Vexa32s databits, bool refine,
+                                                       cudaStream_t stream);
 /// @}
 
 /// @name Workers of packed video, on device pointers
