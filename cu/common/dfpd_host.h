@@ -15,7 +15,7 @@ template <typename Sites, typename T>
 class DirectionalTile {
 public:
     /// With what the passes reach to the sides it fills whole vectors.
-    static constexpr int pairs = 504;
+    static constexpr int pairs = 1024 / static_cast<int>(sizeof(Sum<T>)) - 8;
 
     DirectionalTile(const FetchZero<T>& src, Interleaved<T, 3> dst, int maxVal) : _src(src), _dst(dst), _maxVal(maxVal)
     {}
@@ -25,8 +25,9 @@ public:
     {
         _column = column;
         _pixels = std::min(2 * pairs, _src.width - column);
+        _sites = ((_pixels + 1) / 2 + 2 * margin + 31) / 32 * 32;
         for (int y = top - 14; y < bottom; ++y) {
-            _raw[y + 8].fill(_src, column, (_pixels + 1) / 2, y + 8);
+            _raw[y + 8].fill(_src, column - 2 * margin, _sites, y + 8);
             if (y >= top - 10) findChrominances(y + 6);
             if (y >= top - 8) findDifferences(y + 4);
             if (y >= top - 4) decide(y + 2);
@@ -41,8 +42,9 @@ private:
     /// Pairs that the passes reach to either side.
     static constexpr int margin = 4;
 
+    /// From `margin` pairs before the tile on, where it is aligned.
     struct Line {
-        alignas(64) S site[pairs + 64];
+        alignas(64) S site[32 + pairs + 2 * margin + 32];
         S* first() { return site + 32; }
     };
 
@@ -62,9 +64,8 @@ private:
     template <typename Rule>
     void forEachSite(const Rule& rule) const
     {
-        const int count = ((_pixels + 1) / 2 + 2 * margin + 31) / 32 * 32;
 #pragma omp simd
-        for (int i = -margin; i < count - margin; ++i) rule(i);
+        for (int i = 0; i < _sites; ++i) rule(i);
     }
 
     S stored(S value) const
@@ -156,8 +157,8 @@ private:
         });
         if (isOuterRow(y)) forEachSite([=](int i) { excess[i] = S(0); });
         for (const int x : {0, _src.width - 1}) {
-            const int i = (x - _column) / 2;
-            if (Sites::isGreen(x, y) && x >= _column && i < pairs + margin) excess[i] = S(0);
+            const int i = (x - _column) / 2 + margin;
+            if (Sites::isGreen(x, y) && x >= _column && i < _sites) excess[i] = S(0);
         }
     }
 
@@ -200,10 +201,8 @@ private:
             return Pixel<T, 3>{{static_cast<T>(from.slot[0][i].value), static_cast<T>(from.slot[1][i].value),
                                 static_cast<T>(from.slot[2][i].value)}};
         };
-        const auto store = [&](int i) { _stage.store(i, pixel(even, i), pixel(odd, i)); };
-        const int count = (_pixels + 1) / 2;
-#pragma omp simd
-        for (int i = 0; i < count; ++i) store(i);
+        const auto store = [&](int i) { _stage.store(i, pixel(even, i + margin), pixel(odd, i + margin)); };
+        forEachSite(store);
         _stage.write(_dst.row(y).first + 3 * _column, _pixels);
     }
 
@@ -211,7 +210,7 @@ private:
     void writeEnd(int x, int y)
     {
         if (x < _column || x >= _column + _pixels) return;
-        const int i = (x - _column) / 2;
+        const int i = (x - _column) / 2 + margin;
         const bool isGreen = Sites::isGreen(x, y);
         const auto own = static_cast<T>((isGreen ? _ownGreen : _own)[y][i].value);
         const auto green = static_cast<T>((isGreen ? _ownGreen : _green)[y][i].value);
@@ -228,12 +227,13 @@ private:
     int _maxVal;
     int _column = 0;
     int _pixels = 0;
-    Ring<HalfLines<S, pairs, margin + 1>, 8> _raw{};
+    int _sites = 0;
+    Ring<HalfLines<S, pairs + 2 * margin, 1>, 8> _raw{};
     Lines<5> _vertical{}, _horizontal{}, _down{}, _right{};
     Lines<3> _isVertical{}, _own{}, _green{}, _difference{};
     Lines<3> _ownGreen{}, _fromRow{}, _fromColumn{}, _excess{};
     Line _other{};
-    PairStage<T, pairs> _stage{};
+    PairStage<T, pairs + 2 * margin> _stage{};
 };
 
 }  // namespace detail

@@ -29,7 +29,8 @@ public:
         using T = std::decay_t<decltype(src(0, 0))>;
         const T* const row = src.row(y);
         const int end = count + margin;
-        const int inside = row ? std::clamp(-(column / 2), -margin, end) : end;
+        // From 0 on, where lines are aligned: GCC would do those before it one by one, and as many at the end.
+        const int inside = row ? std::clamp(-(column / 2), 0, end) : end;
         const int outside = row ? std::clamp((src.width - column) / 2, inside, end) : end;
         for (int i = -margin; i < inside; ++i) fetchPair(src, column, i, y);
 #pragma omp simd
