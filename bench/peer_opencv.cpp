@@ -126,6 +126,8 @@ const Opponent opponents[] = {
     {"hsv2rgb", "cv::cvtColor HSV2BGR_FULL", cvtColor<cv::COLOR_HSV2BGR_FULL>},
     {"rgb2Lab", "cv::cvtColor BGR2Lab", cvtColor<cv::COLOR_BGR2Lab>},
     {"Lab2rgb", "cv::cvtColor Lab2BGR", cvtColor<cv::COLOR_Lab2BGR>},
+    {"demosaic", "cv::cvtColor BayerBG2BGR", cvtColor<cv::COLOR_BayerBG2BGR>},
+    {"demosaicDFPD", "cv::cvtColor BayerBG2BGR_EA", cvtColor<cv::COLOR_BayerBG2BGR_EA>},
     {"channelSplit", "cv::split",
      [](const Mats& src, cv::Mat&, const Parameters&) {
          Mats planes(src.begin() + 1, src.end());

@@ -199,6 +199,23 @@ VexaStatus vexa_demosaic_DFPD_simple_16u_fast(Vexa16u* src, Vexa16u* dst, Vexa32
 
 namespace {
 
+template <typename T>
+using OfLayout = VexaStatus(T* src, T* dst, Vexa32s width, Vexa32s height, Vexa32s spitch, Vexa32s dpitch,
+                            Vexa32s databits, bool refine, cudaStream_t stream);
+
+}  // namespace
+
+template OfLayout<u8> vexa_demosaic_DFPD_simple_8u_fast<VEXA_BAYER_BGGR>;
+template OfLayout<u8> vexa_demosaic_DFPD_simple_8u_fast<VEXA_BAYER_GBRG>;
+template OfLayout<u8> vexa_demosaic_DFPD_simple_8u_fast<VEXA_BAYER_GRBG>;
+template OfLayout<u8> vexa_demosaic_DFPD_simple_8u_fast<VEXA_BAYER_RGGB>;
+template OfLayout<u16> vexa_demosaic_DFPD_simple_16u_fast<VEXA_BAYER_BGGR>;
+template OfLayout<u16> vexa_demosaic_DFPD_simple_16u_fast<VEXA_BAYER_GBRG>;
+template OfLayout<u16> vexa_demosaic_DFPD_simple_16u_fast<VEXA_BAYER_GRBG>;
+template OfLayout<u16> vexa_demosaic_DFPD_simple_16u_fast<VEXA_BAYER_RGGB>;
+
+namespace {
+
 /// worker(layout) for a plain layout, which becomes a constant.
 template <typename Worker>
 VexaStatus withLayout(VexaBayerSeq seq, const Worker& worker)
