@@ -74,33 +74,43 @@ inline void runWindows(const Lines<Reach, S>& lines, int column, int count, int 
 /// Rows of a tile; the lines above its first are made once a tile.
 constexpr int tileHeight = 64;
 
+/// work(lines, column, count, y) for every row y of every tile, whose `count` columns start at `column`; the lines are
+/// those that its windows reach.
+template <typename Reach, typename S, typename Fetch, typename Work>
+inline void forEachTileRow(const Fetch& src, const Work& work)
+{
+    if (src.width < 1 || src.height < 1) return;
+    using TileLines = Lines<Reach, S>;
+    const int columns = (src.width + TileLines::width - 1) / TileLines::width;
+    const int tiles = (src.height + tileHeight - 1) / tileHeight;
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        const Work own = work;
+        TileLines lines;
+        for (std::size_t tile = begin; tile < end; ++tile) {
+            const int column = static_cast<int>(tile % static_cast<std::size_t>(columns)) * TileLines::width;
+            const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * tileHeight;
+            const int count = std::min(TileLines::width, src.width - column);
+            const int bottom = std::min(top + tileHeight, src.height);
+            for (int y = top - Reach::up; y < top + Reach::down; ++y) lines.fill(src, column, count, y);
+            for (int y = top; y < bottom; ++y) {
+                lines.fill(src, column, count, y + Reach::down);
+                own(lines, column, count, y);
+            }
+        }
+    };
+    constexpr std::size_t bytesPerTile = std::size_t{TileLines::width} * tileHeight * 4;
+    platform::parallelRanges(static_cast<std::size_t>(columns) * static_cast<std::size_t>(tiles), bytesPerTile, body);
+}
+
 }  // namespace detail
 
 /// rule(x, y, window) for every element of an image, window(dx, dy) being the element so far away, as an S.
 template <typename Reach, typename S, typename Fetch, typename Rule>
 inline void forEachWindow(const Fetch& src, const Rule& rule)
 {
-    if (src.width < 1 || src.height < 1) return;
-    using Lines = detail::Lines<Reach, S>;
-    const int columns = (src.width + Lines::width - 1) / Lines::width;
-    const int tiles = (src.height + detail::tileHeight - 1) / detail::tileHeight;
-    const auto body = [=](std::size_t begin, std::size_t end) {
-        const Rule own = rule;
-        Lines lines;
-        for (std::size_t tile = begin; tile < end; ++tile) {
-            const int column = static_cast<int>(tile % static_cast<std::size_t>(columns)) * Lines::width;
-            const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * detail::tileHeight;
-            const int count = std::min(Lines::width, src.width - column);
-            const int bottom = std::min(top + detail::tileHeight, src.height);
-            for (int y = top - Reach::up; y < top + Reach::down; ++y) lines.fill(src, column, count, y);
-            for (int y = top; y < bottom; ++y) {
-                lines.fill(src, column, count, y + Reach::down);
-                detail::runWindows(lines, column, count, y, own, std::make_index_sequence<Reach::rows>());
-            }
-        }
-    };
-    constexpr std::size_t bytesPerTile = std::size_t{Lines::width} * detail::tileHeight * 4;
-    platform::parallelRanges(static_cast<std::size_t>(columns) * static_cast<std::size_t>(tiles), bytesPerTile, body);
+    detail::forEachTileRow<Reach, S>(src, [=](const detail::Lines<Reach, S>& lines, int column, int count, int y) {
+        detail::runWindows(lines, column, count, y, rule, std::make_index_sequence<Reach::rows>());
+    });
 }
 
 }  // namespace vexa

@@ -1,0 +1,200 @@
+/// @file
+/// The shape of kernels that take an element's neighbours by their order. On the host neighbouring windows share what
+/// they sort: columns are sorted once, then merged to two, four and eight side by side, for 64 pixels at a time.
+
+#pragma once
+
+#include "sorting.h"
+#include "windows.h"
+
+namespace vexa {
+
+#if defined(__CUDACC__)
+
+namespace detail {
+
+template <int C, int side, typename T, typename Rule, std::size_t... I>
+VEXA_DEVICE T pickFromWindow(const FetchClamped<T>& src, int x, int y, const Rule& rule, std::index_sequence<I...>)
+{
+    constexpr int reach = side / 2;
+    int value[] = {src(x + C * (static_cast<int>(I) / side - reach), y + static_cast<int>(I) % side - reach)...};
+    return static_cast<T>(rule(run<Sorting<side * side>>(value)));
+}
+
+}  // namespace detail
+
+/// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
+/// it in ascending order. `rule` looks at the ranks from Rule::lowest to Rule::highest.
+template <int C, int side, typename T, typename Rule>
+VEXA_DEVICE void forEachSortedWindow(const FetchClamped<T>& src, Plane<T> dst, const Rule& rule)
+{
+    forEachPixel(src.width, src.height, [&](int x, int y) {
+        dst.row(y)[x] = detail::pickFromWindow<C, side>(src, x, y, rule, std::make_index_sequence<side * side>());
+    });
+}
+
+#else
+
+namespace detail {
+
+/// Which ranks of `columns` sorted columns of a window can have one of the ranks from lowest to highest in all of it.
+template <int side, int columns, int lowestOfAll, int highestOfAll>
+struct Ranks {
+    static constexpr int count = side * columns;
+    static constexpr int others = side * (side - columns);
+    static constexpr int lowest = std::max(lowestOfAll - others, 0);
+    static constexpr int highest = std::min(highestOfAll, count - 1);
+};
+
+/// The columns of a row of windows, some neighbours sorted together: line[r][x] has rank r of those from x on.
+template <int C, int side, int columns, typename Rule>
+struct ColumnGroup {
+    using Ranks = detail::Ranks<side, columns, Rule::lowest, Rule::highest>;
+    static constexpr int width = 256 + C * (side - columns);
+    u8 line[Ranks::highest - Ranks::lowest + 1][(width + 63) / 64 * 64];
+
+    /// A rank that doesn't matter is as good as one at the end.
+    template <int rank>
+    u8 load(int x) const
+    {
+        if constexpr (rank < Ranks::lowest)
+            return 0;
+        else if constexpr (rank > Ranks::highest)
+            return 255;
+        else
+            return line[rank - Ranks::lowest][x];
+    }
+
+    template <std::size_t... I>
+    void store(int x, const Sorted<u8, Ranks::count>& sorted, std::index_sequence<I...>)
+    {
+        ((line[I][x] = sorted.value[Ranks::lowest + I]), ...);
+    }
+    void store(int x, const Sorted<u8, Ranks::count>& sorted)
+    {
+        store(x, sorted, std::make_index_sequence<Ranks::highest - Ranks::lowest + 1>());
+    }
+};
+
+template <typename A, typename B, std::size_t... a, std::size_t... b>
+inline Sorted<u8, sizeof...(a) + sizeof...(b)> merge(const A& first, int x, const B& second, int nextX,
+                                                     std::index_sequence<a...>, std::index_sequence<b...>)
+{
+    u8 value[] = {first.template load<a>(x)..., second.template load<b>(nextX)...};
+    return run<Merging<sizeof...(a), sizeof...(b)>>(value);
+}
+
+/// The columns of two neighbouring groups in order.
+template <typename A, typename B>
+inline auto merge(const A& first, int x, const B& second, int nextX)
+{
+    return merge(first, x, second, nextX, std::make_index_sequence<A::Ranks::count>(),
+                 std::make_index_sequence<B::Ranks::count>());
+}
+
+/// The groups of columns that a window is merged from; each is made of one or two before it.
+template <int side>
+struct Groups;
+template <>
+struct Groups<3> {
+    using Columns = std::integer_sequence<int, 1, 2>;
+};
+template <>
+struct Groups<5> {
+    using Columns = std::integer_sequence<int, 1, 2, 4>;
+};
+template <>
+struct Groups<7> {
+    using Columns = std::integer_sequence<int, 1, 2, 4, 6>;
+};
+template <>
+struct Groups<9> {
+    using Columns = std::integer_sequence<int, 1, 2, 4, 8>;
+};
+
+/// Sorts and merges a row of windows.
+template <int C, int side, typename Rule>
+class RowOfWindows {
+public:
+    static constexpr int width = 256;
+
+    /// rule(values) to to[x] for x below count, with the window of x starting at column x of the rows.
+    void pick(const u8* const (&rows)[side], int count, u8* to, const Rule& rule)
+    {
+        sortColumns(rows, count, std::make_index_sequence<side>());
+        if constexpr (side >= 3) mergeColumns<1, 1>(count);
+        if constexpr (side >= 5) mergeColumns<2, 2>(count);
+        if constexpr (side == 7) mergeColumns<4, 2>(count);
+        if constexpr (side == 9) mergeColumns<4, 4>(count);
+        const auto& most = group<side - 1>();
+        const auto& last = group<1>();
+        const Rule own = rule;
+#pragma omp simd
+        for (int x = 0; x < count; ++x) to[x] = own(merge(most, x, last, x + C * (side - 1)));
+    }
+
+private:
+    template <int columns>
+    using Group = ColumnGroup<C, side, columns, Rule>;
+
+    template <int columns>
+    Group<columns>& group()
+    {
+        return _groups;
+    }
+
+    template <std::size_t... I>
+    void sortColumns(const u8* const (&rows)[side], int count, std::index_sequence<I...>)
+    {
+        Group<1>& sorted = group<1>();
+#pragma omp simd
+        for (int x = 0; x < count + C * (side - 1); ++x) {
+            u8 value[] = {rows[I][x]...};
+            sorted.store(x, run<Sorting<side>>(value));
+        }
+    }
+
+    template <int A, int B>
+    void mergeColumns(int count)
+    {
+        const Group<A>& first = group<A>();
+        const Group<B>& second = group<B>();
+        Group<A + B>& merged = group<A + B>();
+#pragma omp simd
+        for (int x = 0; x < count + C * (side - A - B); ++x) merged.store(x, merge(first, x, second, x + C * A));
+    }
+
+    template <typename Columns>
+    struct AllGroups;
+    template <int... columns>
+    struct AllGroups<std::integer_sequence<int, columns...>> : Group<columns>... {};
+    AllGroups<typename Groups<side>::Columns> _groups;
+};
+
+template <int C, int side, typename Rule, typename Lines, std::size_t... I>
+inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& rule, std::index_sequence<I...>)
+{
+    constexpr int reach = side / 2;
+    RowOfWindows<C, side, Rule> row;
+    for (int x = 0; x < count; x += row.width)
+        row.pick({(lines.row(y + static_cast<int>(I) - reach) + x - C * reach)...}, std::min(row.width, count - x),
+                 to + x, rule);
+}
+
+}  // namespace detail
+
+/// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
+/// it in ascending order. `rule` looks at the ranks from Rule::lowest to Rule::highest.
+template <int C, int side, typename Rule>
+inline void forEachSortedWindow(const FetchClamped<u8>& src, Plane<u8> dst, const Rule& rule)
+{
+    constexpr int reach = side / 2;
+    using Reach = vexa::Reach<C * reach, C * reach, reach, reach>;
+    detail::forEachTileRow<Reach, u8>(src, [=](const auto& lines, int column, int count, int y) {
+        detail::pickRow<C, side>(lines, count, y, dst.row(y) + column, rule, std::make_index_sequence<side>());
+    });
+}
+
+#endif
+
+}  // namespace vexa
