@@ -18,10 +18,10 @@ struct MiddleValue {
     static constexpr int lowest = (N - 1) / 2;
     static constexpr int highest = lowest;
 
-    template <typename T>
-    VEXA_DEVICE T operator()(const Sorted<T, N>& sorted) const
+    template <typename Steps, typename T>
+    VEXA_DEVICE T operator()(const Ordered<Steps, T>& values) const
     {
-        return sorted.value[lowest];
+        return values.template at<lowest>();
     }
 };
 
@@ -49,18 +49,19 @@ struct MostFrequentValue {
     static constexpr int lowest = 0;
     static constexpr int highest = N - 1;
 
-    template <typename T>
-    VEXA_DEVICE T operator()(const Sorted<T, N>& sorted) const
+    template <typename Steps, typename T>
+    VEXA_DEVICE T operator()(const Ordered<Steps, T>& values) const
     {
-        return of(sorted, std::make_index_sequence<N - 1>());
+        return of(values, std::make_index_sequence<N - 1>());
     }
 
 private:
-    template <typename T, std::size_t... I>
-    static VEXA_DEVICE T of(const Sorted<T, N>& sorted, std::index_sequence<I...>)
+    template <typename Steps, typename T, std::size_t... I>
+    static VEXA_DEVICE T of(const Ordered<Steps, T>& values, std::index_sequence<I...>)
     {
-        Runs<T> runs{sorted.value[0], 1, 1, sorted.value[0]};
-        (runs.add(sorted.value[I + 1]), ...);
+        const T first = values.template at<0>();
+        Runs<T> runs{first, 1, 1, first};
+        (runs.add(values.template at<static_cast<int>(I) + 1>()), ...);
         return runs.result;
     }
 };

@@ -18,7 +18,7 @@ VEXA_DEVICE T pickFromWindow(const FetchClamped<T>& src, int x, int y, const Rul
 {
     constexpr int reach = side / 2;
     int value[] = {src(x + C * (static_cast<int>(I) / side - reach), y + static_cast<int>(I) % side - reach)...};
-    return static_cast<T>(rule(run<Sorting<side * side>>(value)));
+    return static_cast<T>(rule(Ordered<Sorting<side * side>, int>(value)));
 }
 
 }  // namespace detail
@@ -55,7 +55,7 @@ struct ColumnGroup {
 
     /// A rank that doesn't matter is as good as one at the end.
     template <int rank>
-    u8 load(int x) const
+    VEXA_DEVICE u8 load(int x) const
     {
         if constexpr (rank < Ranks::lowest)
             return 0;
@@ -65,31 +65,34 @@ struct ColumnGroup {
             return line[rank - Ranks::lowest][x];
     }
 
-    template <std::size_t... I>
-    void store(int x, const Sorted<u8, Ranks::count>& sorted, std::index_sequence<I...>)
+    template <typename Values>
+    VEXA_DEVICE void store(int x, const Values& values)
     {
-        ((line[I][x] = sorted.value[Ranks::lowest + I]), ...);
+        store(x, values, std::make_index_sequence<Ranks::highest - Ranks::lowest + 1>());
     }
-    void store(int x, const Sorted<u8, Ranks::count>& sorted)
+
+private:
+    template <typename Values, std::size_t... I>
+    VEXA_DEVICE void store(int x, const Values& values, std::index_sequence<I...>)
     {
-        store(x, sorted, std::make_index_sequence<Ranks::highest - Ranks::lowest + 1>());
+        ((line[I][x] = values.template at<Ranks::lowest + static_cast<int>(I)>()), ...);
     }
 };
 
-template <typename A, typename B, std::size_t... a, std::size_t... b>
-inline Sorted<u8, sizeof...(a) + sizeof...(b)> merge(const A& first, int x, const B& second, int nextX,
-                                                     std::index_sequence<a...>, std::index_sequence<b...>)
+/// result(values) with the values of two neighbouring groups in order.
+template <typename A, typename B, typename Result, std::size_t... a, std::size_t... b>
+VEXA_DEVICE void merge(const A& first, int x, const B& second, int nextX, const Result& result,
+                       std::index_sequence<a...>, std::index_sequence<b...>)
 {
     u8 value[] = {first.template load<a>(x)..., second.template load<b>(nextX)...};
-    return run<Merging<sizeof...(a), sizeof...(b)>>(value);
+    result(Ordered<Merging<sizeof...(a), sizeof...(b)>, u8>(value));
 }
 
-/// The columns of two neighbouring groups in order.
-template <typename A, typename B>
-inline auto merge(const A& first, int x, const B& second, int nextX)
+template <typename A, typename B, typename Result>
+VEXA_DEVICE void merge(const A& first, int x, const B& second, int nextX, const Result& result)
 {
-    return merge(first, x, second, nextX, std::make_index_sequence<A::Ranks::count>(),
-                 std::make_index_sequence<B::Ranks::count>());
+    merge(first, x, second, nextX, result, std::make_index_sequence<A::Ranks::count>(),
+          std::make_index_sequence<B::Ranks::count>());
 }
 
 /// The groups of columns that a window is merged from; each is made of one or two before it.
@@ -119,9 +122,10 @@ public:
     static constexpr int width = 256;
 
     /// rule(values) to to[x] for x below count, with the window of x starting at column x of the rows.
-    void pick(const u8* const (&rows)[side], int count, u8* to, const Rule& rule)
+    template <typename... Row>
+    void pick(int count, u8* to, const Rule& rule, Row... row)
     {
-        sortColumns(rows, count, std::make_index_sequence<side>());
+        sortColumns(count, row...);
         if constexpr (side >= 3) mergeColumns<1, 1>(count);
         if constexpr (side >= 5) mergeColumns<2, 2>(count);
         if constexpr (side == 7) mergeColumns<4, 2>(count);
@@ -130,7 +134,10 @@ public:
         const auto& last = group<1>();
         const Rule own = rule;
 #pragma omp simd
-        for (int x = 0; x < count; ++x) to[x] = own(merge(most, x, last, x + C * (side - 1)));
+        for (int x = 0; x < count; ++x)
+            merge(
+                most, x, last,
+                x + C * (side - 1), [&](const auto& values) __attribute__((always_inline)) { to[x] = own(values); });
     }
 
 private:
@@ -143,15 +150,21 @@ private:
         return _groups;
     }
 
-    template <std::size_t... I>
-    void sortColumns(const u8* const (&rows)[side], int count, std::index_sequence<I...>)
+    /// Rows by value, so that stores of bytes can't alias them.
+    template <typename... Row>
+    void sortColumns(int count, Row... row)
     {
         Group<1>& sorted = group<1>();
 #pragma omp simd
-        for (int x = 0; x < count + C * (side - 1); ++x) {
-            u8 value[] = {rows[I][x]...};
-            sorted.store(x, run<Sorting<side>>(value));
-        }
+        for (int x = 0; x < count + C * (side - 1); ++x) sortColumn(sorted, x, row[x]...);
+    }
+
+    /// Apart from the loop: OpenMP would give each lane of a loop an array of its own in memory.
+    template <typename... Value>
+    static VEXA_DEVICE void sortColumn(Group<1>& sorted, int x, Value... values)
+    {
+        u8 value[] = {values...};
+        sorted.store(x, Ordered<Sorting<side>, u8>(value));
     }
 
     template <int A, int B>
@@ -161,13 +174,16 @@ private:
         const Group<B>& second = group<B>();
         Group<A + B>& merged = group<A + B>();
 #pragma omp simd
-        for (int x = 0; x < count + C * (side - A - B); ++x) merged.store(x, merge(first, x, second, x + C * A));
+        for (int x = 0; x < count + C * (side - A - B); ++x)
+            merge(
+                first, x, second,
+                x + C * A, [&](const auto& values) __attribute__((always_inline)) { merged.store(x, values); });
     }
 
     template <typename Columns>
     struct AllGroups;
     template <int... columns>
-    struct AllGroups<std::integer_sequence<int, columns...>> : Group<columns>... {};
+    struct AllGroups<std::integer_sequence<int, columns...> > : Group<columns>... {};
     AllGroups<typename Groups<side>::Columns> _groups;
 };
 
@@ -177,8 +193,8 @@ inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& ru
     constexpr int reach = side / 2;
     RowOfWindows<C, side, Rule> row;
     for (int x = 0; x < count; x += row.width)
-        row.pick({(lines.row(y + static_cast<int>(I) - reach) + x - C * reach)...}, std::min(row.width, count - x),
-                 to + x, rule);
+        row.pick(std::min(row.width, count - x), to + x, rule,
+                 lines.row(y + static_cast<int>(I) - reach) + x - C * reach...);
 }
 
 }  // namespace detail

@@ -121,12 +121,6 @@ struct Merging {
     static constexpr detail::Network<A + B> network = detail::mergingNetwork<A, B>();
 };
 
-/// N values, ascending.
-template <typename T, int N>
-struct Sorted {
-    T value[N];
-};
-
 namespace detail {
 
 template <typename T>
@@ -138,24 +132,33 @@ VEXA_DEVICE void exchange(T& low, T& high)
     high = a < b ? b : a;
 }
 
-template <typename Steps, typename T, int N, std::size_t... I, std::size_t... rank>
-VEXA_DEVICE Sorted<T, N> runSteps(T (&value)[N], std::index_sequence<I...>, std::index_sequence<rank...>)
+template <typename Steps, typename T, std::size_t... I>
+VEXA_DEVICE void exchangeAll(T* value, std::index_sequence<I...>)
 {
     // In the braces of an array, as compilers limit the length of a fold.
     const int done[] = {
         (exchange(value[Steps::network.exchanges[I].low], value[Steps::network.exchanges[I].high]), 0)...};
     (void)done;
-    return {{value[Steps::network.place[rank]]...}};
 }
 
 }  // namespace detail
 
-/// The values in order, after the steps of Sorting or Merging.
-template <typename Steps, typename T, int N>
-VEXA_DEVICE Sorted<T, N> run(T (&value)[N])
-{
-    return detail::runSteps<Steps>(value, std::make_index_sequence<Steps::network.count>(),
-                                   std::make_index_sequence<N>());
-}
+/// Values in order, where the steps of Sorting or Merging have left them. They are not moved: compilers keep arrays in
+/// registers only if they are never copied as a whole.
+template <typename Steps, typename T>
+struct Ordered {
+    T* value;
+
+    VEXA_DEVICE explicit Ordered(T* values) : value(values)
+    {
+        detail::exchangeAll<Steps>(value, std::make_index_sequence<Steps::network.count>());
+    }
+
+    template <int rank>
+    VEXA_DEVICE T at() const
+    {
+        return value[Steps::network.place[rank]];
+    }
+};
 
 }  // namespace vexa
