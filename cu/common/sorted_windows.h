@@ -46,12 +46,32 @@ struct Ranks {
     static constexpr int highest = std::min(highestOfAll, count - 1);
 };
 
+/// Pixels side by side that take the same steps: a loop of constant length is vector code without a rest. What a row
+/// has too many is worked on like the others and left out in the end.
+inline constexpr int lanes = 64;
+
+constexpr int wholeLanes(int count)
+{
+    return (count + lanes - 1) / lanes * lanes;
+}
+
+template <typename Rule>
+inline void forEachLane(int count, const Rule& rule)
+{
+    for (int first = 0; first < count; first += lanes) {
+#pragma omp simd
+        for (int i = 0; i < lanes; ++i) rule(first + i);
+    }
+}
+
+/// Windows that are worked on at a time.
+inline constexpr int windowsAtATime = 512;
+
 /// The columns of a row of windows, some neighbours sorted together: line[r][x] has rank r of those from x on.
 template <int C, int side, int columns, typename Rule>
 struct ColumnGroup {
     using Ranks = detail::Ranks<side, columns, Rule::lowest, Rule::highest>;
-    static constexpr int width = 256 + C * (side - columns);
-    u8 line[Ranks::highest - Ranks::lowest + 1][(width + 63) / 64 * 64];
+    u8 line[Ranks::highest - Ranks::lowest + 1][wholeLanes(windowsAtATime + C * (side - columns)) + lanes];
 
     /// A rank that doesn't matter is as good as one at the end.
     template <int rank>
@@ -119,8 +139,6 @@ struct Groups<9> {
 template <int C, int side, typename Rule>
 class RowOfWindows {
 public:
-    static constexpr int width = 256;
-
     /// rule(values) to to[x] for x below count, with the window of x starting at column x of the rows.
     template <typename... Row>
     void pick(int count, u8* to, const Rule& rule, Row... row)
@@ -133,11 +151,14 @@ public:
         const auto& most = group<side - 1>();
         const auto& last = group<1>();
         const Rule own = rule;
-#pragma omp simd
-        for (int x = 0; x < count; ++x)
-            merge(
-                most, x, last,
-                x + C * (side - 1), [&](const auto& values) __attribute__((always_inline)) { to[x] = own(values); });
+        forEachLane(
+            count, [&](int x) __attribute__((always_inline)) {
+                merge(
+                    most, x, last, x + C * (side - 1), [&](const auto& values) __attribute__((always_inline)) {
+                        _result[x] = own(values);
+                    });
+            });
+        std::copy_n(_result, count, to);
     }
 
 private:
@@ -155,8 +176,9 @@ private:
     void sortColumns(int count, Row... row)
     {
         Group<1>& sorted = group<1>();
-#pragma omp simd
-        for (int x = 0; x < count + C * (side - 1); ++x) sortColumn(sorted, x, row[x]...);
+        forEachLane(
+            count + C * (side - 1),
+            [&, row... ](int x) __attribute__((always_inline)) { sortColumn(sorted, x, row[x]...); });
     }
 
     /// Apart from the loop: OpenMP would give each lane of a loop an array of its own in memory.
@@ -173,11 +195,12 @@ private:
         const Group<A>& first = group<A>();
         const Group<B>& second = group<B>();
         Group<A + B>& merged = group<A + B>();
-#pragma omp simd
-        for (int x = 0; x < count + C * (side - A - B); ++x)
-            merge(
-                first, x, second,
-                x + C * A, [&](const auto& values) __attribute__((always_inline)) { merged.store(x, values); });
+        forEachLane(
+            count + C * (side - A - B), [&](int x) __attribute__((always_inline)) {
+                merge(
+                    first, x, second,
+                    x + C * A, [&](const auto& values) __attribute__((always_inline)) { merged.store(x, values); });
+            });
     }
 
     template <typename Columns>
@@ -185,6 +208,7 @@ private:
     template <int... columns>
     struct AllGroups<std::integer_sequence<int, columns...> > : Group<columns>... {};
     AllGroups<typename Groups<side>::Columns> _groups;
+    u8 _result[windowsAtATime];
 };
 
 template <int C, int side, typename Rule, typename Lines, std::size_t... I>
@@ -192,8 +216,8 @@ inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& ru
 {
     constexpr int reach = side / 2;
     RowOfWindows<C, side, Rule> row;
-    for (int x = 0; x < count; x += row.width)
-        row.pick(std::min(row.width, count - x), to + x, rule,
+    for (int x = 0; x < count; x += windowsAtATime)
+        row.pick(std::min(windowsAtATime, count - x), to + x, rule,
                  lines.row(y + static_cast<int>(I) - reach) + x - C * reach...);
 }
 

@@ -41,7 +41,8 @@ private:
     /// Lines start on a boundary of vectors.
     static constexpr int alignment = 64 / static_cast<int>(sizeof(S));
     static constexpr int before = (Reach::left + alignment - 1) / alignment * alignment;
-    static constexpr int after = (Reach::right + alignment - 1) / alignment * alignment;
+    /// And end a vector later than they must, so that work on whole vectors may read past what is there.
+    static constexpr int after = (Reach::right + alignment - 1) / alignment * alignment + alignment;
 
     /// y is at least -Reach::up.
     static int slot(int y) { return (y + Reach::rows) % Reach::rows; }
