@@ -1,7 +1,7 @@
 /// @file
-/// The least or greatest element of the window around each element. Spans are doubled: the extremes of two pixels side
-/// by side give those of four, and so on, first across and then down, so that the cost grows with the logarithm of the
-/// window's sides.
+/// The least or greatest element of the window around each element. Spans grow fourfold: the extremes of four spans
+/// side by side give that of a span four times as long, first across and then down, so that the cost grows with the
+/// logarithm of the window's sides.
 
 #pragma once
 
@@ -27,11 +27,20 @@ struct Greatest {
 
 namespace detail {
 
-/// How far the next step of doubling looks, from a span of `span` toward one of `size`.
-VEXA_DEVICE int nextStep(int span, int size)
-{
-    return span < size - span ? span : size - span;
-}
+/// A step from a span to one up to four times as long, but no longer than `size`: the distances from the first span to
+/// the others that it is made of. They may overlap.
+struct Growth {
+    int second;
+    int third;
+    int fourth;
+
+    VEXA_DEVICE Growth(int span, int size)
+        : second(atMost(span, size - span)), third(atMost(2 * span, size - span)), fourth(atMost(3 * span, size - span))
+    {}
+
+private:
+    static VEXA_DEVICE int atMost(int value, int limit) { return value < limit ? value : limit; }
+};
 
 }  // namespace detail
 
@@ -60,20 +69,20 @@ VEXA_DEVICE void forEachOfPatch(const Block<Shared>& block, const Rule& rule)
     });
 }
 
-/// Doubles spans of a patch from 1 to `size`, across or down by the distance of two neighbours in either direction.
-/// Returns which of the two holds the result. Beyond the patch there is nothing that a result needs.
+/// Spans of a patch from 1 to `size`, across or down by the distance of two neighbours in either direction. Returns
+/// which of the two holds the result. What would lie beyond the patch is part of no result.
 template <typename Shared, typename Pick>
-VEXA_DEVICE int doubleSpans(const Block<Shared>& block, int from, int size, int across, int down, const Pick& pick)
+VEXA_DEVICE int growSpans(const Block<Shared>& block, int from, int size, int across, int down, const Pick& pick)
 {
-    for (int span = 1, step = 0; span < size; span += step, from = 1 - from) {
-        step = nextStep(span, size);
+    for (int span = 1; span < size; from = 1 - from) {
+        const Growth growth(span, size);
         forEachOfPatch(block, [&](int x, int y) {
-            const int otherX = x + step * across;
-            const int otherY = y + step * down;
-            if (otherX >= Shared::width || otherY >= Shared::height) return;
-            const auto& element = block.shared.element[from];
-            block.shared.element[1 - from][y][x] = pick(element[y][x], element[otherY][otherX]);
+            if (x + growth.fourth * across >= Shared::width || y + growth.fourth * down >= Shared::height) return;
+            const auto at = [&](int step) { return block.shared.element[from][y + step * down][x + step * across]; };
+            block.shared.element[1 - from][y][x] =
+                pick(pick(at(0), at(growth.second)), pick(at(growth.third), at(growth.fourth)));
         });
+        span += growth.fourth;
     }
     return from;
 }
@@ -99,8 +108,8 @@ VEXA_DEVICE void pickEach(const FetchClamped<T>& src, Plane<T> dst, const Footpr
                                        [&](int x, int y) { shared.element[0][y][x] = src(firstX + x, firstY + y); });
                 const int columns = window.columns - column < Shared::side ? window.columns - column : Shared::side;
                 const int rows = window.rows - row < Shared::side ? window.rows - row : Shared::side;
-                int last = detail::doubleSpans(block, 0, columns, C, 0, pick);
-                last = detail::doubleSpans(block, last, rows, 0, 1, pick);
+                int last = detail::growSpans(block, 0, columns, C, 0, pick);
+                last = detail::growSpans(block, last, rows, 0, 1, pick);
                 block.phase(
                     [&](int x, int y) { shared.result[y][x] = pick(shared.result[y][x], shared.element[last][y][x]); });
             }
@@ -114,44 +123,43 @@ VEXA_DEVICE void pickEach(const FetchClamped<T>& src, Plane<T> dst, const Footpr
 
 namespace detail {
 
+/// A step for a run of elements that lie `distance` apart from their neighbours. It may be in place.
 template <typename T, typename Pick>
-inline void pickRow(int count, T* to, const T* a, const T* b, Pick pick)
+inline void growRun(int count, T* to, const T* from, std::ptrdiff_t distance, Growth growth, Pick pick)
 {
+    const T* const second = from + growth.second * distance;
+    const T* const third = from + growth.third * distance;
+    const T* const fourth = from + growth.fourth * distance;
 #pragma omp simd
-    for (int x = 0; x < count; ++x) to[x] = pick(a[x], b[x]);
+    for (int x = 0; x < count; ++x) to[x] = pick(pick(from[x], second[x]), pick(third[x], fourth[x]));
 }
 
-/// The rows that the windows of a tile reach.
-template <typename T>
-struct TileLines {
-    T* first;
-    int pitch;
-    T* operator[](int y) const { return first + static_cast<std::ptrdiff_t>(y) * pitch; }
-};
-
-/// Doubles the spans of a line from 1 to `size`, in place; `count` results are wanted, of neighbours C elements apart.
+/// The extremes of `size` elements from each of `count` on, that lie C apart.
 template <int C, typename T, typename Pick>
-inline void doubleAcross(T* line, int count, int size, const Pick& pick)
+inline void growAcross(T* to, const T* from, int count, int size, const Pick& pick)
 {
-    for (int span = 1, step = 0; span < size; span += step) {
-        step = nextStep(span, size);
-        pickRow(count + C * (size - span - step), line, line, line + C * step, pick);
-    }
+    int span = 1;
+    do {
+        const Growth growth(span, size);
+        span += growth.fourth;
+        growRun(count + C * (size - span), to, from, C, growth, pick);
+        from = to;
+    } while (span < size);
 }
 
-/// The same for lines. Their last step goes to `dst`.
+/// The extremes of `size` lines from each on, for all of a tile of dst.
 template <typename T, typename Pick>
-inline void doubleDown(const TileLines<T>& lines, Plane<T> dst, const Tile& tile, int size, const Pick& pick)
+inline void growDown(Plane<T> dst, const Tile& tile, Plane<T> lines, int size, const Pick& pick)
 {
-    const int width = tile.right - tile.left;
-    const int height = tile.bottom - tile.top;
     int span = 1;
-    for (int step = nextStep(span, size); span + step < size; step = nextStep(span, size)) {
-        for (int y = 0; y < height + size - span - step; ++y) pickRow(width, lines[y], lines[y], lines[y + step], pick);
-        span += step;
-    }
-    for (int y = 0; y < height; ++y)
-        pickRow(width, dst.row(tile.top + y) + tile.left, lines[y], lines[y + size - span], pick);
+    do {
+        const Growth growth(span, size);
+        span += growth.fourth;
+        const bool isLast = span == size;
+        for (int y = 0; y < tile.bottom - tile.top + size - span; ++y)
+            growRun(tile.right - tile.left, isLast ? dst.row(tile.top + y) + tile.left : lines.row(y), lines.row(y),
+                    lines.pitch, growth, pick);
+    } while (span < size);
 }
 
 }  // namespace detail
@@ -170,21 +178,25 @@ inline void pickEach(const FetchClamped<T>& src, Plane<T> dst, const Footprint& 
     const int reachDown = window.rows - 1;
     // Tiles grow with the window, as neighbours do the work for what they share twice.
     const Tiling tiling{
-        {0, src.width, 0, src.height}, std::clamp(reachAcross, 512, 4096), std::clamp(reachDown, 32, 1024)};
+        {0, src.width, 0, src.height}, std::clamp(2 * reachAcross, 512, 4096), std::clamp(2 * reachDown, 64, 1024)};
     const auto body = [=](std::size_t begin, std::size_t end) {
         const int pitch = tiling.tileWidth + reachAcross;
         const auto memory = taskMemory<T>(tiling.tileHeight + reachDown, pitch);
         if (!memory) return;
-        const TileLines<T> lines{memory.get(), pitch};
+        const Plane<T> lines{memory.get(), pitch};
         for (std::size_t i = begin; i < end; ++i) {
             const Tile tile = tiling[i];
             const int width = tile.right - tile.left;
             const int from = tile.left + C * window.x;
+            const int to = from + width + reachAcross;
             for (int y = 0; y < tile.bottom - tile.top + reachDown; ++y) {
-                fetchLine(lines[y], src, from, from + width + reachAcross, tile.top + window.y + y);
-                doubleAcross<C>(lines[y], width, window.columns, pick);
+                const int row = tile.top + window.y + y;
+                const bool hasBorder = from < 0 || to > src.width;
+                if (hasBorder) fetchLine(lines.row(y), src, from, to, row);
+                growAcross<C>(lines.row(y), hasBorder ? lines.row(y) : src.row(row) + from, width, window.columns,
+                              pick);
             }
-            doubleDown(lines, dst, tile, window.rows, pick);
+            growDown(dst, tile, lines, window.rows, pick);
         }
     };
     constexpr std::size_t bytesPerElement = 2 * sizeof(T);
