@@ -14,14 +14,11 @@ namespace {
 
 /// The middle of N sorted values.
 template <int N>
-struct MiddleValue {
-    static constexpr int lowest = (N - 1) / 2;
-    static constexpr int highest = lowest;
-
+struct MiddleValue : LooksAt<(N - 1) / 2, (N - 1) / 2> {
     template <typename Steps, typename T>
     VEXA_DEVICE T operator()(const Ordered<Steps, T>& values) const
     {
-        return values.template at<lowest>();
+        return values.template at<(N - 1) / 2>();
     }
 };
 
@@ -45,10 +42,7 @@ struct Runs {
 
 /// The most frequent of N sorted values, the smallest of those that are equally frequent.
 template <int N>
-struct MostFrequentValue {
-    static constexpr int lowest = 0;
-    static constexpr int highest = N - 1;
-
+struct MostFrequentValue : LooksAt<0, N - 1> {
     template <typename Steps, typename T>
     VEXA_DEVICE T operator()(const Ordered<Steps, T>& values) const
     {

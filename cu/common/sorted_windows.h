@@ -9,6 +9,13 @@
 
 namespace vexa {
 
+/// The ranks that a rule looks at.
+template <int Lowest, int Highest>
+struct LooksAt {
+    static constexpr int lowest = Lowest;
+    static constexpr int highest = Highest;
+};
+
 #if defined(__CUDACC__)
 
 namespace detail {
@@ -24,7 +31,7 @@ VEXA_DEVICE T pickFromWindow(const FetchClamped<T>& src, int x, int y, const Rul
 }  // namespace detail
 
 /// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
-/// it in ascending order. `rule` looks at the ranks from Rule::lowest to Rule::highest.
+/// it in ascending order. The rule derives from LooksAt.
 template <int C, int side, typename T, typename Rule>
 VEXA_DEVICE void forEachSortedWindow(const FetchClamped<T>& src, Plane<T> dst, const Rule& rule)
 {
@@ -224,7 +231,7 @@ inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& ru
 }  // namespace detail
 
 /// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
-/// it in ascending order. `rule` looks at the ranks from Rule::lowest to Rule::highest.
+/// it in ascending order. The rule derives from LooksAt.
 template <int C, int side, typename Rule>
 inline void forEachSortedWindow(const FetchClamped<u8>& src, Plane<u8> dst, const Rule& rule)
 {

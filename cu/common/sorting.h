@@ -132,12 +132,19 @@ VEXA_DEVICE void exchange(T& low, T& high)
     high = a < b ? b : a;
 }
 
+// Numbers of their own, as device code can't refer to an object of the host.
+template <typename Steps, std::size_t i>
+inline constexpr int low = Steps::network.exchanges[i].low;
+template <typename Steps, std::size_t i>
+inline constexpr int high = Steps::network.exchanges[i].high;
+template <typename Steps, int rank>
+inline constexpr int place = Steps::network.place[rank];
+
 template <typename Steps, typename T, std::size_t... I>
 VEXA_DEVICE void exchangeAll(T* value, std::index_sequence<I...>)
 {
     // In the braces of an array, as compilers limit the length of a fold.
-    const int done[] = {
-        (exchange(value[Steps::network.exchanges[I].low], value[Steps::network.exchanges[I].high]), 0)...};
+    const int done[] = {(exchange(value[low<Steps, I>], value[high<Steps, I>]), 0)...};
     (void)done;
 }
 
@@ -157,7 +164,7 @@ struct Ordered {
     template <int rank>
     VEXA_DEVICE T at() const
     {
-        return value[Steps::network.place[rank]];
+        return value[detail::place<Steps, rank>];
     }
 };
 
