@@ -71,14 +71,11 @@ inline void forEachLane(int count, const Rule& rule)
     }
 }
 
-/// Windows that are worked on at a time.
-inline constexpr int windowsAtATime = 512;
-
 /// The columns of a row of windows, some neighbours sorted together: line[r][x] has rank r of those from x on.
 template <int C, int side, int columns, typename Rule>
 struct ColumnGroup {
     using Ranks = detail::Ranks<side, columns, Rule::lowest, Rule::highest>;
-    u8 line[Ranks::highest - Ranks::lowest + 1][wholeLanes(windowsAtATime + C * (side - columns)) + lanes];
+    u8 line[Ranks::highest - Ranks::lowest + 1][wholeLanes(tileWidth + C * (side - columns)) + lanes];
 
     /// A rank that doesn't matter is as good as one at the end.
     template <int rank>
@@ -106,23 +103,39 @@ private:
     }
 };
 
-/// result(values) with the values of two neighbouring groups in order.
-template <typename A, typename B, typename Result, std::size_t... a, std::size_t... b>
-VEXA_DEVICE void merge(const A& first, int x, const B& second, int nextX, const Result& result,
-                       std::index_sequence<a...>, std::index_sequence<b...>)
+/// What a rule makes of whole windows.
+template <typename Rule>
+struct Results {
+    explicit Results(const Rule& rule) : rule(rule) {}
+
+    Rule rule;
+    u8 value[tileWidth];
+
+    template <typename Values>
+    VEXA_DEVICE void store(int x, const Values& values)
+    {
+        value[x] = rule(values);
+    }
+};
+
+// Values are put in order apart from the loops: OpenMP would give each lane of a loop an array of its own in memory.
+
+template <typename Sink, typename... Value>
+VEXA_DEVICE void sortTo(Sink& sink, int x, Value... values)
+{
+    u8 value[] = {values...};
+    sink.store(x, Ordered<Sorting<sizeof...(values)>, u8>(value));
+}
+
+template <typename Sink, typename A, typename B, std::size_t... a, std::size_t... b>
+VEXA_DEVICE void mergeTo(Sink& sink, int x, const A& first, const B& second, int nextX, std::index_sequence<a...>,
+                         std::index_sequence<b...>)
 {
     u8 value[] = {first.template load<a>(x)..., second.template load<b>(nextX)...};
-    result(Ordered<Merging<sizeof...(a), sizeof...(b)>, u8>(value));
+    sink.store(x, Ordered<Merging<sizeof...(a), sizeof...(b)>, u8>(value));
 }
 
-template <typename A, typename B, typename Result>
-VEXA_DEVICE void merge(const A& first, int x, const B& second, int nextX, const Result& result)
-{
-    merge(first, x, second, nextX, result, std::make_index_sequence<A::Ranks::count>(),
-          std::make_index_sequence<B::Ranks::count>());
-}
-
-/// The groups of columns that a window is merged from; each is made of one or two before it.
+/// How many columns the groups have that a window is merged from. Each is the one before it and another one.
 template <int side>
 struct Groups;
 template <>
@@ -142,30 +155,22 @@ struct Groups<9> {
     using Columns = std::integer_sequence<int, 1, 2, 4, 8>;
 };
 
-/// Sorts and merges a row of windows.
+/// Sorts and merges the windows of a row of a tile.
 template <int C, int side, typename Rule>
 class RowOfWindows {
 public:
-    /// rule(values) to to[x] for x below count, with the window of x starting at column x of the rows.
+    explicit RowOfWindows(const Rule& rule) : _results(rule) {}
+
+    /// The results for `count` windows, of which the first begins where the rows do. Rows go by value, so that stores
+    /// of bytes can't alias them.
     template <typename... Row>
-    void pick(int count, u8* to, const Rule& rule, Row... row)
+    const u8* pick(int count, Row... row)
     {
-        sortColumns(count, row...);
-        if constexpr (side >= 3) mergeColumns<1, 1>(count);
-        if constexpr (side >= 5) mergeColumns<2, 2>(count);
-        if constexpr (side == 7) mergeColumns<4, 2>(count);
-        if constexpr (side == 9) mergeColumns<4, 4>(count);
-        const auto& most = group<side - 1>();
-        const auto& last = group<1>();
-        const Rule own = rule;
-        forEachLane(
-            count, [&](int x) __attribute__((always_inline)) {
-                merge(
-                    most, x, last, x + C * (side - 1), [&](const auto& values) __attribute__((always_inline)) {
-                        _result[x] = own(values);
-                    });
-            });
-        std::copy_n(_result, count, to);
+        Group<1>& sorted = group<1>();
+        forEachLane(count + C * (side - 1), [&, row...](int x) { sortTo(sorted, x, row[x]...); });
+        mergeGroups(count, typename Groups<side>::Columns());
+        mergeColumns<side - 1, 1>(count, _results);
+        return _results.value;
     }
 
 private:
@@ -178,54 +183,43 @@ private:
         return _groups;
     }
 
-    /// Rows by value, so that stores of bytes can't alias them.
-    template <typename... Row>
-    void sortColumns(int count, Row... row)
+    template <int last>
+    void mergeGroups(int /*count*/, std::integer_sequence<int, last>)
+    {}
+    template <int last, int next, int... others>
+    void mergeGroups(int count, std::integer_sequence<int, last, next, others...>)
     {
-        Group<1>& sorted = group<1>();
-        forEachLane(
-            count + C * (side - 1),
-            [&, row... ](int x) __attribute__((always_inline)) { sortColumn(sorted, x, row[x]...); });
+        mergeColumns<last, next - last>(count, group<next>());
+        mergeGroups(count, std::integer_sequence<int, next, others...>());
     }
 
-    /// Apart from the loop: OpenMP would give each lane of a loop an array of its own in memory.
-    template <typename... Value>
-    static VEXA_DEVICE void sortColumn(Group<1>& sorted, int x, Value... values)
-    {
-        u8 value[] = {values...};
-        sorted.store(x, Ordered<Sorting<side>, u8>(value));
-    }
-
-    template <int A, int B>
-    void mergeColumns(int count)
+    /// Merges groups of A columns with the B columns that follow them.
+    template <int A, int B, typename Sink>
+    void mergeColumns(int count, Sink& sink)
     {
         const Group<A>& first = group<A>();
         const Group<B>& second = group<B>();
-        Group<A + B>& merged = group<A + B>();
-        forEachLane(
-            count + C * (side - A - B), [&](int x) __attribute__((always_inline)) {
-                merge(
-                    first, x, second,
-                    x + C * A, [&](const auto& values) __attribute__((always_inline)) { merged.store(x, values); });
-            });
+        forEachLane(count + C * (side - A - B), [&](int x) {
+            mergeTo(sink, x, first, second, x + C * A, std::make_index_sequence<side * A>(),
+                    std::make_index_sequence<side * B>());
+        });
     }
 
     template <typename Columns>
     struct AllGroups;
     template <int... columns>
     struct AllGroups<std::integer_sequence<int, columns...> > : Group<columns>... {};
+
     AllGroups<typename Groups<side>::Columns> _groups;
-    u8 _result[windowsAtATime];
+    Results<Rule> _results;
 };
 
 template <int C, int side, typename Rule, typename Lines, std::size_t... I>
 inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& rule, std::index_sequence<I...>)
 {
     constexpr int reach = side / 2;
-    RowOfWindows<C, side, Rule> row;
-    for (int x = 0; x < count; x += windowsAtATime)
-        row.pick(std::min(windowsAtATime, count - x), to + x, rule,
-                 lines.row(y + static_cast<int>(I) - reach) + x - C * reach...);
+    RowOfWindows<C, side, Rule> row(rule);
+    std::copy_n(row.pick(count, lines.row(y + static_cast<int>(I) - reach) - C * reach...), count, to);
 }
 
 }  // namespace detail
