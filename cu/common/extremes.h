@@ -48,7 +48,7 @@ private:
 
 namespace detail {
 
-/// What the threads of a block share: the elements that a part of their windows covers, twice, as a step of doubling
+/// What the threads of a block share: the elements that a part of their windows covers, twice, as a step
 /// must not overwrite what others still read.
 template <int C, typename T>
 struct Patch {
@@ -134,16 +134,17 @@ inline void growRun(int count, T* to, const T* from, std::ptrdiff_t distance, Gr
     for (int x = 0; x < count; ++x) to[x] = pick(pick(from[x], second[x]), pick(third[x], fourth[x]));
 }
 
-/// The extremes of `size` elements from each of `count` on, that lie C apart.
+/// The extremes of `size` elements from each of `count` on, that lie C apart. All steps but the last go to a line of
+/// their own, which may be where the elements are.
 template <int C, typename T, typename Pick>
-inline void growAcross(T* to, const T* from, int count, int size, const Pick& pick)
+inline void growAcross(T* to, T* line, const T* from, int count, int size, const Pick& pick)
 {
     int span = 1;
     do {
         const Growth growth(span, size);
         span += growth.fourth;
-        growRun(count + C * (size - span), to, from, C, growth, pick);
-        from = to;
+        growRun(count + C * (size - span), span == size ? to : line, from, C, growth, pick);
+        from = line;
     } while (span < size);
 }
 
@@ -155,10 +156,9 @@ inline void growDown(Plane<T> dst, const Tile& tile, Plane<T> lines, int size, c
     do {
         const Growth growth(span, size);
         span += growth.fourth;
-        const bool isLast = span == size;
         for (int y = 0; y < tile.bottom - tile.top + size - span; ++y)
-            growRun(tile.right - tile.left, isLast ? dst.row(tile.top + y) + tile.left : lines.row(y), lines.row(y),
-                    lines.pitch, growth, pick);
+            growRun(tile.right - tile.left, span == size ? dst.row(tile.top + y) + tile.left : lines.row(y),
+                    lines.row(y), lines.pitch, growth, pick);
     } while (span < size);
 }
 
@@ -180,21 +180,23 @@ inline void pickEach(const FetchClamped<T>& src, Plane<T> dst, const Footprint& 
     const Tiling tiling{
         {0, src.width, 0, src.height}, std::clamp(2 * reachAcross, 512, 4096), std::clamp(2 * reachDown, 64, 1024)};
     const auto body = [=](std::size_t begin, std::size_t end) {
-        const int pitch = tiling.tileWidth + reachAcross;
+        // No power of two: stores would be taken for what lies 4096 bytes away and is read.
+        const int pitch = tiling.tileWidth + 64;
+        const auto line = taskMemory<T>(1, tiling.tileWidth + reachAcross);
         const auto memory = taskMemory<T>(tiling.tileHeight + reachDown, pitch);
-        if (!memory) return;
+        if (!line || !memory) return;
         const Plane<T> lines{memory.get(), pitch};
         for (std::size_t i = begin; i < end; ++i) {
             const Tile tile = tiling[i];
             const int width = tile.right - tile.left;
             const int from = tile.left + C * window.x;
             const int to = from + width + reachAcross;
+            const bool hasBorder = from < 0 || to > src.width;
             for (int y = 0; y < tile.bottom - tile.top + reachDown; ++y) {
                 const int row = tile.top + window.y + y;
-                const bool hasBorder = from < 0 || to > src.width;
-                if (hasBorder) fetchLine(lines.row(y), src, from, to, row);
-                growAcross<C>(lines.row(y), hasBorder ? lines.row(y) : src.row(row) + from, width, window.columns,
-                              pick);
+                if (hasBorder) fetchLine(line.get(), src, from, to, row);
+                const T* const elements = hasBorder ? line.get() : src.row(row) + from;
+                growAcross<C>(lines.row(y), line.get(), elements, width, window.columns, pick);
             }
             growDown(dst, tile, lines, window.rows, pick);
         }
