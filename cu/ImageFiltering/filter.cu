@@ -13,11 +13,13 @@ using namespace vexa;
 
 namespace {
 
-/// The elements of an area of an image of C-channel pixels = their correlation with a filter.
+/// The elements of an area of an image of C-channel pixels = their correlation with a filter, 0 if it is empty in
+/// either direction.
 template <bool saturates, int C, typename T>
-VEXA_DEVICE void filterArea(const FetchClamped<T>& src, Plane<T> dst, Interior area, const Footprint& taps,
+VEXA_DEVICE void filterArea(const FetchClamped<T>& src, Plane<T> dst, Interior area, const Footprint& window,
                             const Coefficients& coefficients, int minVal, int maxVal)
 {
+    const Footprint taps = window.isEmpty() ? Footprint{0, 0, 0, 0} : window;
     const Range range{static_cast<float>(minVal), static_cast<float>(maxVal)};
     correlate<C>(src, area, taps, coefficients,
                  [=](int x, int y, float sum) { dst.row(y)[x] = store<T, saturates>(sum, range); });

@@ -93,6 +93,22 @@ inline int roundUp(int value, int step)
     return (value + step - 1) / step * step;
 }
 
+/// rule(x, y, sum) for every element of a tile; `lines` are for the rows that its windows reach.
+template <int C, typename T, typename Rule>
+inline void correlateTile(const FetchClamped<T>& src, const Tile& tile, const Footprint& taps,
+                          const Coefficients& coefficients, Plane<float> lines, const Rule& rule)
+{
+    // Whole blocks, as what the last one computes too much must be there to read.
+    const int width = roundUp(tile.right - tile.left, chainColumns) + C * std::max(taps.columns - 1, 0);
+    const int height = roundUp(tile.bottom - tile.top, chainRows) + std::max(taps.rows - 1, 0);
+    const int left = tile.left + C * taps.x;
+    for (int y = 0; y < height; ++y) fetchLine(lines.row(y), src, left, left + width, tile.top + taps.y + y);
+    for (int y = tile.top; y < tile.bottom; y += chainRows)
+        for (int x = tile.left; x < tile.right; x += chainColumns)
+            correlateBlock<C>(lines.row(y - tile.top) + x - tile.left, lines.pitch, taps, coefficients, x, y,
+                              std::min(chainColumns, tile.right - x), std::min(chainRows, tile.bottom - y), rule);
+}
+
 }  // namespace detail
 
 /// rule(x, y, sum) for every element of an area of an image of C-channel pixels.
@@ -103,32 +119,16 @@ inline void correlate(const FetchClamped<T>& src, Interior area, const Footprint
     using namespace detail;
     if (area.left >= area.right || area.top >= area.bottom) return;
     const Tiling tiling{area, 512, 32};
-    const int reachAcross = C * std::max(taps.columns - 1, 0);
-    const int reachDown = std::max(taps.rows - 1, 0);
     const auto body = [=](std::size_t begin, std::size_t end) {
         const Rule own = rule;
-        const int pitch = tiling.tileWidth + reachAcross;
-        const auto lines = taskMemory<float>(tiling.tileHeight + reachDown, pitch);
-        if (!lines) return;
-        for (std::size_t i = begin; i < end; ++i) {
-            const Tile tile = tiling[i];
-            // Whole blocks of lines, as what the last block computes too much must be there to read.
-            const int width = roundUp(tile.right - tile.left, chainColumns);
-            const int height = roundUp(tile.bottom - tile.top, chainRows);
-            for (int y = 0; y < height + reachDown; ++y) {
-                const int from = tile.left + C * taps.x;
-                fetchLine(&lines[static_cast<std::size_t>(y * pitch)], src, from, from + width + reachAcross,
-                          tile.top + taps.y + y);
-            }
-            for (int y = tile.top; y < tile.bottom; y += chainRows)
-                for (int x = tile.left; x < tile.right; x += chainColumns)
-                    correlateBlock<C>(&lines[static_cast<std::size_t>((y - tile.top) * pitch + x - tile.left)], pitch,
-                                      taps, coefficients, x, y, std::min(chainColumns, tile.right - x),
-                                      std::min(chainRows, tile.bottom - y), own);
-        }
+        const int pitch = tiling.tileWidth + C * std::max(taps.columns, 1);
+        const auto memory = taskMemory<float>(tiling.tileHeight + std::max(taps.rows, 1), pitch);
+        if (!memory) return;
+        for (std::size_t i = begin; i < end; ++i)
+            correlateTile<C>(src, tiling[i], taps, coefficients, Plane<float>{memory.get(), pitch}, own);
     };
     // A byte is moved in about the time of four fused steps.
-    const std::size_t steps = static_cast<std::size_t>(std::max(taps.columns, 0) * std::max(taps.rows, 0)) + 16;
+    const std::size_t steps = static_cast<std::size_t>(taps.columns * taps.rows) + 16;
     const std::size_t elements =
         static_cast<std::size_t>(tiling.tileWidth) * static_cast<std::size_t>(tiling.tileHeight);
     platform::parallelRanges(tiling.count(), elements * steps / 4, body);
