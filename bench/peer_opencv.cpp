@@ -51,6 +51,14 @@ void storeMoments(const cv::Mat& src, cv::InputArray mask, cv::Mat& dst)
     store(stdDev, src.channels(), dst, src.channels());
 }
 
+/// The derivative along x to `dst`, that along y to the second source.
+void gradients(const Mats& src, cv::Mat& dst, int side)
+{
+    const cv::Mat along = src[1];
+    cv::Sobel(src[0], dst, CV_32F, 1, 0, side, 1, 0, cv::BORDER_REPLICATE);
+    cv::Sobel(src[0], along, CV_32F, 0, 1, side, 1, 0, cv::BORDER_REPLICATE);
+}
+
 const Opponent opponents[] = {
     {"add", "cv::add",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
@@ -170,6 +178,19 @@ const Opponent opponents[] = {
              bins.reshape(1, 1).copyTo(dst.row(channel));
          }
      }},
+    {"imageFilter", "cv::filter2D",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         cv::filter2D(src[0], dst, -1, src[1], {-1, -1}, 0, cv::BORDER_REPLICATE);
+     }},
+    {"Sobel gradients", "cv::Sobel", [](const Mats& src, cv::Mat& dst, const Parameters&) { gradients(src, dst, 3); }},
+    {"Scharr gradients", "cv::Scharr",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { gradients(src, dst, cv::FILTER_SCHARR); }},
+    {"minFilter", "cv::erode",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::erode(src[0], dst, src[1]); }},
+    {"maxFilter", "cv::dilate",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::dilate(src[0], dst, src[1]); }},
+    {"modeFilter", "cv::medianBlur",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::medianBlur(src[0], dst, src[1].rows); }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
 };

@@ -22,12 +22,14 @@ inline void fetchLine(S* line, const Fetch& src, int from, int to, int y)
     for (int x = end; x < to; ++x) line[x - from] = static_cast<S>(src(x, y));
 }
 
+/// Columns and rows of a tile; the lines above its first row are made once a tile.
+inline constexpr int tileWidth = 512;
+inline constexpr int tileHeight = 64;
+
 /// The lines of a tile, of `rows` consecutive rows of the image.
 template <typename Reach, typename S>
 class Lines {
 public:
-    static constexpr int width = 512;
-
     template <typename Fetch>
     void fill(const Fetch& src, int column, int count, int y)
     {
@@ -41,12 +43,13 @@ private:
     /// Lines start on a boundary of vectors.
     static constexpr int alignment = 64 / static_cast<int>(sizeof(S));
     static constexpr int before = (Reach::left + alignment - 1) / alignment * alignment;
-    static constexpr int after = (Reach::right + alignment - 1) / alignment * alignment;
+    /// And end a vector later than they must, so that work on whole vectors may read past what is there.
+    static constexpr int after = (Reach::right + alignment - 1) / alignment * alignment + alignment;
 
     /// y is at least -Reach::up.
     static int slot(int y) { return (y + Reach::rows) % Reach::rows; }
 
-    alignas(64) S _line[Reach::rows][before + width + after];
+    alignas(64) S _line[Reach::rows][before + tileWidth + after];
 };
 
 }  // namespace detail
@@ -71,8 +74,33 @@ inline void runWindows(const Lines<Reach, S>& lines, int column, int count, int 
     for (int i = 0; i < count; ++i) rule(column + i, y, Window<Reach, S>{{window.rows[I]...}, i});
 }
 
-/// Rows of a tile; the lines above its first are made once a tile.
-constexpr int tileHeight = 64;
+/// work(lines, column, count, y) for every row y of every tile, whose `count` columns start at `column`; the lines are
+/// those that its windows reach.
+template <typename Reach, typename S, typename Fetch, typename Work>
+inline void forEachTileRow(const Fetch& src, const Work& work)
+{
+    if (src.width < 1 || src.height < 1) return;
+    using TileLines = Lines<Reach, S>;
+    const int columns = (src.width + tileWidth - 1) / tileWidth;
+    const int tiles = (src.height + tileHeight - 1) / tileHeight;
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        const Work own = work;
+        TileLines lines;
+        for (std::size_t tile = begin; tile < end; ++tile) {
+            const int column = static_cast<int>(tile % static_cast<std::size_t>(columns)) * tileWidth;
+            const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * tileHeight;
+            const int count = std::min(tileWidth, src.width - column);
+            const int bottom = std::min(top + tileHeight, src.height);
+            for (int y = top - Reach::up; y < top + Reach::down; ++y) lines.fill(src, column, count, y);
+            for (int y = top; y < bottom; ++y) {
+                lines.fill(src, column, count, y + Reach::down);
+                own(lines, column, count, y);
+            }
+        }
+    };
+    constexpr std::size_t bytesPerTile = std::size_t{tileWidth} * tileHeight * 4;
+    platform::parallelRanges(static_cast<std::size_t>(columns) * static_cast<std::size_t>(tiles), bytesPerTile, body);
+}
 
 }  // namespace detail
 
@@ -80,27 +108,9 @@ constexpr int tileHeight = 64;
 template <typename Reach, typename S, typename Fetch, typename Rule>
 inline void forEachWindow(const Fetch& src, const Rule& rule)
 {
-    if (src.width < 1 || src.height < 1) return;
-    using Lines = detail::Lines<Reach, S>;
-    const int columns = (src.width + Lines::width - 1) / Lines::width;
-    const int tiles = (src.height + detail::tileHeight - 1) / detail::tileHeight;
-    const auto body = [=](std::size_t begin, std::size_t end) {
-        const Rule own = rule;
-        Lines lines;
-        for (std::size_t tile = begin; tile < end; ++tile) {
-            const int column = static_cast<int>(tile % static_cast<std::size_t>(columns)) * Lines::width;
-            const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * detail::tileHeight;
-            const int count = std::min(Lines::width, src.width - column);
-            const int bottom = std::min(top + detail::tileHeight, src.height);
-            for (int y = top - Reach::up; y < top + Reach::down; ++y) lines.fill(src, column, count, y);
-            for (int y = top; y < bottom; ++y) {
-                lines.fill(src, column, count, y + Reach::down);
-                detail::runWindows(lines, column, count, y, own, std::make_index_sequence<Reach::rows>());
-            }
-        }
-    };
-    constexpr std::size_t bytesPerTile = std::size_t{Lines::width} * detail::tileHeight * 4;
-    platform::parallelRanges(static_cast<std::size_t>(columns) * static_cast<std::size_t>(tiles), bytesPerTile, body);
+    detail::forEachTileRow<Reach, S>(src, [=](const detail::Lines<Reach, S>& lines, int column, int count, int y) {
+        detail::runWindows(lines, column, count, y, rule, std::make_index_sequence<Reach::rows>());
+    });
 }
 
 }  // namespace vexa
