@@ -52,6 +52,12 @@ VEXA_DEVICE Range rangeOf()
     return {static_cast<float>(Element<T>::min), static_cast<float>(Element<T>::max)};
 }
 
+/// A position on an axis of so many pixels, the edge where it lies outside.
+VEXA_DEVICE int clampedTo(int position, int size)
+{
+    return position < 0 ? 0 : (position < size ? position : size - 1);
+}
+
 /// A position between pixels of a source.
 struct GridPosition {
     int whole;
@@ -84,13 +90,7 @@ struct Axis {
     VEXA_DEVICE int nearest(int d) const
     {
         const GridPosition position = (*this)(d);
-        return clamped(position.fraction < 0.5F ? position.whole : position.whole + 1);
-    }
-
-    /// Positions outside repeat the edge.
-    VEXA_DEVICE int clamped(int position) const
-    {
-        return position < 0 ? 0 : (position < from ? position : from - 1);
+        return clampedTo(position.fraction < 0.5F ? position.whole : position.whole + 1, from);
     }
 };
 

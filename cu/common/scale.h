@@ -37,11 +37,11 @@ VEXA_DEVICE void scaleBetween(Axis columns, Axis rows, Plane<T> dst, Plane<const
         float sum[C] = {};
         for (int i = 0; i < N; ++i) {
             if (down.weight[i] == 0.0F) continue;
-            const T* const from = src.row(rows.clamped(row.whole + i - (N / 2 - 1)));
+            const T* const from = src.row(clampedTo(row.whole + i - (N / 2 - 1), rows.from));
             for (int c = 0; c < C; ++c) {
                 float value = 0;
                 for (int j = 0; j < N; ++j) {
-                    const int tap = columns.clamped(column.whole + j - (N / 2 - 1));
+                    const int tap = clampedTo(column.whole + j - (N / 2 - 1), columns.from);
                     value = value + across.weight[j] * static_cast<float>(from[static_cast<std::ptrdiff_t>(C) * tap + c]);
                 }
                 sum[c] = sum[c] + down.weight[i] * value;

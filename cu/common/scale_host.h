@@ -177,7 +177,7 @@ public:
             for (int k = 0; k < N; ++k)
                 for (int c = 0; c < C; ++c) {
                     _tap[k][C * i + c] =
-                        static_cast<std::ptrdiff_t>(C) * columns.clamped(position.whole + k - (N / 2 - 1)) + c;
+                        static_cast<std::ptrdiff_t>(C) * clampedTo(position.whole + k - (N / 2 - 1), columns.from) + c;
                     _weight[k][C * i + c] = weights.weight[k];
                 }
         }
@@ -329,7 +329,7 @@ public:
     {
         const int slot = row & (N - 1);
         if (_held[slot] != row) {
-            _taps.interpolate(_src.row(_rows.clamped(row)), _kept[slot]);
+            _taps.interpolate(_src.row(clampedTo(row, _rows.from)), _kept[slot]);
             _held[slot] = row;
         }
         return _kept[slot];
