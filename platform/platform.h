@@ -185,8 +185,8 @@ enum class Transform { affine, affineBack, perspective, perspectiveBack };
 /// Writes the destination pixels that the source reaches and leaves the others alone. Refuses what resize does, a
 /// singular or infinite matrix, and a source that misses the destination.
 template <typename T, int C>
-[[nodiscard]] VexaStatus warp(Transform transform, Pixels<T> src, Destination<T> dst,
-                              const Vexa64f (*coefficients)[3], Interpolation interpolation, Stream stream);
+[[nodiscard]] VexaStatus warp(Transform transform, Pixels<T> src, Destination<T> dst, const Vexa64f (*coefficients)[3],
+                              Interpolation interpolation, Stream stream);
 
 /// Writes the source's columns as rows of `dst`, `pitch` bytes apart.
 template <typename T, int C>

@@ -3,9 +3,9 @@
 /// a sampler says what stands there. A position may be infinite or undefined: it is compared and clamped before it
 /// becomes an integer.
 ///
-/// A sampler has `bounded`, which brings far positions near, `place`, which turns these into spots, and `careful`, which makes the pixel of any spot that
-/// reaches the source. The host makes runs of pixels, whose spots need no care, faster. Conditions of a place are joined
-/// without branches: it is computed in vector registers.
+/// A sampler has `bounded`, which brings far positions near, `place`, which turns these into spots, and `careful`,
+/// which makes the pixel of any spot that reaches the source. The host makes runs of pixels, whose spots need no care,
+/// faster. Conditions of a place are joined without branches: it is computed in vector registers.
 
 #pragma once
 
@@ -125,8 +125,7 @@ struct SampleBetween {
         const double upper = floor(position.y);
         const int x = static_cast<int>(left);
         const int y = static_cast<int>(upper);
-        const bool isInterior =
-            (x >= before) & (y >= before) & (x < src.width - behind) & (y < src.height - N / 2);
+        const bool isInterior = (x >= before) & (y >= before) & (x < src.width - behind) & (y < src.height - N / 2);
         return {detail::reachOf(touches, isInterior), x, y, static_cast<float>(position.x - left),
                 static_cast<float>(position.y - upper)};
     }
@@ -178,18 +177,17 @@ struct SampleTexture {
         const Along x = along(position.x);
         const Along y = along(position.y);
         constexpr int behind = 1 + detail::spareTaps<C>;
-        const bool touches =
-            (x.before >= -1) & (y.before >= -1) & (x.before < src.width) & (y.before < src.height);
-        const bool isInterior = (x.before >= 0) & (y.before >= 0) & (x.before < src.width - behind) &
-                                (y.before < src.height - 1);
+        const bool touches = (x.before >= -1) & (y.before >= -1) & (x.before < src.width) & (y.before < src.height);
+        const bool isInterior =
+            (x.before >= 0) & (y.before >= 0) & (x.before < src.width - behind) & (y.before < src.height - 1);
         return {detail::reachOf(touches, isInterior), x.before, y.before, x.steps, y.steps};
     }
 
     VEXA_DEVICE void careful(const Spot<int>& spot, T* to) const
     {
         for (int c = 0; c < C; ++c)
-            to[c] = static_cast<T>(mean(tap(spot.x, spot.y, c), tap(spot.x + 1, spot.y, c),
-                                        tap(spot.x, spot.y + 1, c), tap(spot.x + 1, spot.y + 1, c), spot.tx, spot.ty));
+            to[c] = static_cast<T>(mean(tap(spot.x, spot.y, c), tap(spot.x + 1, spot.y, c), tap(spot.x, spot.y + 1, c),
+                                        tap(spot.x + 1, spot.y + 1, c), spot.tx, spot.ty));
     }
 
     /// Of the four neighbours: their values as 32-bit integers or as floats, or several in lanes.

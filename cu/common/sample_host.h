@@ -64,10 +64,9 @@ inline Four<W> loadFour(const T* from)
         using Words = typename LanesOfRegister<Word>::Type;
         const Bytes bytes = reinterpret_cast<Bytes>(Words{word});
         const Bytes spread =
-            sizeof(T) == 1 ? __builtin_shufflevector(bytes, Bytes{}, 0, 16, 16, 16, 1, 16, 16, 16, 2, 16, 16, 16, 3, 16,
-                                                     16, 16)
-                           : __builtin_shufflevector(bytes, Bytes{}, 0, 1, 16, 16, 2, 3, 16, 16, 4, 5, 16, 16, 6, 7, 16,
-                                                     16);
+            sizeof(T) == 1
+                ? __builtin_shufflevector(bytes, Bytes{}, 0, 16, 16, 16, 1, 16, 16, 16, 2, 16, 16, 16, 3, 16, 16, 16)
+                : __builtin_shufflevector(bytes, Bytes{}, 0, 1, 16, 16, 2, 3, 16, 16, 4, 5, 16, 16, 6, 7, 16, 16);
         return __builtin_convertvector(reinterpret_cast<Four<int>>(spread), Four<W>);
     }
 }
@@ -80,10 +79,9 @@ inline void storeLanes(T* to, Wide lanes)
         std::memcpy(to, &lanes, C * sizeof(T));
     } else {
         const Bytes bytes = reinterpret_cast<Bytes>(lanes);
-        const Bytes packed = sizeof(T) == 1 ? __builtin_shufflevector(bytes, bytes, 0, 4, 8, 12, 0, 0, 0, 0, 0, 0, 0, 0,
-                                                                      0, 0, 0, 0)
-                                            : __builtin_shufflevector(bytes, bytes, 0, 1, 4, 5, 8, 9, 12, 13, 0, 0, 0,
-                                                                      0, 0, 0, 0, 0);
+        const Bytes packed =
+            sizeof(T) == 1 ? __builtin_shufflevector(bytes, bytes, 0, 4, 8, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0)
+                           : __builtin_shufflevector(bytes, bytes, 0, 1, 4, 5, 8, 9, 12, 13, 0, 0, 0, 0, 0, 0, 0, 0);
         std::memcpy(to, &packed, C * sizeof(T));
     }
 }
@@ -145,10 +143,9 @@ inline void sampleRun(const SampleBetween<T, 1, 2>& sampler, const Spots<float>&
     to -= run.begin;
 #pragma omp simd
     for (int i = run.begin; i < run.end; ++i) {
-        const float left = (1.0F - ty[i]) * static_cast<float>(upper[2 * i]) +
-                           ty[i] * static_cast<float>(lower[2 * i]);
-        const float right = (1.0F - ty[i]) * static_cast<float>(upper[2 * i + 1]) +
-                            ty[i] * static_cast<float>(lower[2 * i + 1]);
+        const float left = (1.0F - ty[i]) * static_cast<float>(upper[2 * i]) + ty[i] * static_cast<float>(lower[2 * i]);
+        const float right =
+            (1.0F - ty[i]) * static_cast<float>(upper[2 * i + 1]) + ty[i] * static_cast<float>(lower[2 * i + 1]);
         to[i] = rounded<T, 2>((1.0F - tx[i]) * left + tx[i] * right, range);
     }
 }
@@ -210,8 +207,8 @@ inline void sampleRun(const SampleBetween<T, 3, N>& sampler, const Spots<float>&
         const auto column = [&](int j) {
             Four<float> sum = weights.down[0][i] * loadFour<float>(from + 3 * j);
             for (int k = 1; k < N; ++k)
-                sum = sum + weights.down[k][i] *
-                                loadFour<float>(from + static_cast<std::ptrdiff_t>(k) * src.pitch + 3 * j);
+                sum = sum +
+                      weights.down[k][i] * loadFour<float>(from + static_cast<std::ptrdiff_t>(k) * src.pitch + 3 * j);
             return sum;
         };
         Four<float> value = weights.across[0][i] * column(0);
@@ -232,9 +229,9 @@ inline void sampleRun(const SampleTexture<T, 1>& sampler, const Spots<int>& spot
 #pragma omp simd
     for (int i = run.begin; i < run.end; ++i) {
         const auto wide = [](T tap) { return static_cast<typename SampleTexture<T, 1>::Wide>(tap); };
-        to[i] = static_cast<T>(sampler.mean(wide(taps.upper[2 * i]), wide(taps.upper[2 * i + 1]),
-                                            wide(taps.lower[2 * i]), wide(taps.lower[2 * i + 1]), spots.tx[i],
-                                            spots.ty[i]));
+        to[i] =
+            static_cast<T>(sampler.mean(wide(taps.upper[2 * i]), wide(taps.upper[2 * i + 1]), wide(taps.lower[2 * i]),
+                                        wide(taps.lower[2 * i + 1]), spots.tx[i], spots.ty[i]));
     }
 }
 
@@ -299,33 +296,33 @@ inline void sampleRows(int width, int height, Plane<T> dst, const Map& map, cons
     constexpr std::size_t bytesPerPixel = 8 * C * sizeof(T);
     using Position = decltype(map(0, 0));
     using Way = decltype(sampler.place(Position{}).tx);
-    platform::parallelRanges(
-        static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel,
-        [=](std::size_t begin, std::size_t end) {
-            const Map ownMap = map;
-            const Sampler own = sampler;
-            Position position[spotsAtATime];
-            Spots<Way> spots;
-            for (std::size_t row = begin; row < end; ++row) {
-                const int y = static_cast<int>(row);
-                for (int x = 0; x < width; x += spotsAtATime) {
-                    const int count = std::min(spotsAtATime, width - x);
-                    // Apart, as GCC follows clamped positions on ways of their own otherwise.
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel,
+                             [=](std::size_t begin, std::size_t end) {
+                                 const Map ownMap = map;
+                                 const Sampler own = sampler;
+                                 Position position[spotsAtATime];
+                                 Spots<Way> spots;
+                                 for (std::size_t row = begin; row < end; ++row) {
+                                     const int y = static_cast<int>(row);
+                                     for (int x = 0; x < width; x += spotsAtATime) {
+                                         const int count = std::min(spotsAtATime, width - x);
+                // Apart, as GCC follows clamped positions on ways of their own otherwise.
 #pragma omp simd
-                    for (int i = 0; i < count; ++i) position[i] = own.bounded(ownMap(x + i, y));
+                                         for (int i = 0; i < count; ++i) position[i] = own.bounded(ownMap(x + i, y));
 #pragma omp simd
-                    for (int i = 0; i < count; ++i) {
-                        const Spot<Way> spot = own.place(position[i]);
-                        spots.reach[i] = spot.reach;
-                        spots.x[i] = spot.x;
-                        spots.y[i] = spot.y;
-                        spots.tx[i] = spot.tx;
-                        spots.ty[i] = spot.ty;
-                    }
-                    sampleSpots<C, clears>(own, spots, count, dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
-                }
-            }
-        });
+                                         for (int i = 0; i < count; ++i) {
+                                             const Spot<Way> spot = own.place(position[i]);
+                                             spots.reach[i] = spot.reach;
+                                             spots.x[i] = spot.x;
+                                             spots.y[i] = spot.y;
+                                             spots.tx[i] = spot.tx;
+                                             spots.ty[i] = spot.ty;
+                                         }
+                                         sampleSpots<C, clears>(own, spots, count,
+                                                                dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
+                                     }
+                                 }
+                             });
 }
 
 }  // namespace detail

@@ -42,7 +42,8 @@ VEXA_DEVICE void scaleBetween(Axis columns, Axis rows, Plane<T> dst, Plane<const
                 float value = 0;
                 for (int j = 0; j < N; ++j) {
                     const int tap = clampedTo(column.whole + j - (N / 2 - 1), columns.from);
-                    value = value + across.weight[j] * static_cast<float>(from[static_cast<std::ptrdiff_t>(C) * tap + c]);
+                    value =
+                        value + across.weight[j] * static_cast<float>(from[static_cast<std::ptrdiff_t>(C) * tap + c]);
                 }
                 sum[c] = sum[c] + down.weight[i] * value;
             }

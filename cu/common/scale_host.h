@@ -66,15 +66,15 @@ inline void forEachScaledTile(int width, int height, int tileWidth, std::size_t 
     const int down = (height - 1) / scaledRows + 1;
     const std::size_t bytesPerTile = static_cast<std::size_t>(std::min(width, tileWidth)) * bytesPerPixel *
                                      static_cast<std::size_t>(std::min(height, scaledRows));
-    platform::parallelRanges(static_cast<std::size_t>(across) * static_cast<std::size_t>(down), bytesPerTile,
-                             [=](std::size_t first, std::size_t last) {
-                                 for (std::size_t i = first; i < last; ++i) {
-                                     const int x = static_cast<int>(i) % across * tileWidth;
-                                     const int y = static_cast<int>(i) / across * scaledRows;
-                                     body(ScaledTile{x, std::min(tileWidth, width - x), y,
-                                                     std::min(y + scaledRows, height)});
-                                 }
-                             });
+    platform::parallelRanges(
+        static_cast<std::size_t>(across) * static_cast<std::size_t>(down), bytesPerTile,
+        [=](std::size_t first, std::size_t last) {
+            for (std::size_t i = first; i < last; ++i) {
+                const int x = static_cast<int>(i) % across * tileWidth;
+                const int y = static_cast<int>(i) / across * scaledRows;
+                body(ScaledTile{x, std::min(tileWidth, width - x), y, std::min(y + scaledRows, height)});
+            }
+        });
 }
 
 /// Pixels of a row at ascending columns, moved one by one.
@@ -107,9 +107,8 @@ public:
         if (_registers == 1)
             pick(to, from, [](const T* first, Bytes lane) { return __builtin_shuffle(load(first), lane); });
         else
-            pick(to, from, [](const T* first, Bytes lane) {
-                return __builtin_shuffle(load(first), load(first + lanes), lane);
-            });
+            pick(to, from,
+                 [](const T* first, Bytes lane) { return __builtin_shuffle(load(first), load(first + lanes), lane); });
         for (int i = _groups * lanes; i < _count; ++i) to[i] = from[_column[i]];
     }
 

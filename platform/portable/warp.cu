@@ -24,9 +24,7 @@ struct AffineMap {
 
     VEXA_DEVICE Position operator()(int x, int y) const
     {
-        const auto coordinate = [&](int i) {
-            return matrix.at[i][0] * x + (matrix.at[i][1] * y + matrix.at[i][2]);
-        };
+        const auto coordinate = [&](int i) { return matrix.at[i][0] * x + (matrix.at[i][1] * y + matrix.at[i][2]); };
         return {coordinate(0), coordinate(1)};
     }
 };
@@ -37,9 +35,7 @@ struct PerspectiveMap {
 
     VEXA_DEVICE Position operator()(int x, int y) const
     {
-        const auto coordinate = [&](int i) {
-            return matrix.at[i][0] * x + (matrix.at[i][1] * y + matrix.at[i][2]);
-        };
+        const auto coordinate = [&](int i) { return matrix.at[i][0] * x + (matrix.at[i][1] * y + matrix.at[i][2]); };
         const double scale = 1.0 / coordinate(2);
         return {coordinate(0) * scale, coordinate(1) * scale};
     }
