@@ -46,11 +46,9 @@ VEXA_DEVICE T rounded(float value, Range range)
         return truncate<T>(value + 0.5F);
 }
 
+/// The range of an element type.
 template <typename T>
-VEXA_DEVICE Range rangeOf()
-{
-    return {static_cast<float>(Element<T>::min), static_cast<float>(Element<T>::max)};
-}
+inline constexpr Range rangeOf{static_cast<float>(Element<T>::min), static_cast<float>(Element<T>::max)};
 
 /// A position on an axis of so many pixels, the edge where it lies outside.
 VEXA_DEVICE int clampedTo(int position, int size)

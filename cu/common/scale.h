@@ -28,7 +28,7 @@ VEXA_DEVICE void scaleNearest(Axis columns, Axis rows, Plane<T> dst, Plane<const
 template <int C, int N, typename T>
 VEXA_DEVICE void scaleBetween(Axis columns, Axis rows, Plane<T> dst, Plane<const T> src)
 {
-    const Range range = rangeOf<T>();
+    const Range range = rangeOf<T>;
     forEachPixel(columns.to, rows.to, [=](int x, int y) {
         const GridPosition column = columns(x);
         const GridPosition row = rows(y);

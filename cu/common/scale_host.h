@@ -435,7 +435,7 @@ inline void scaleBetween(Axis columns, Axis rows, Plane<T> dst, Plane<const T> s
 {
     using namespace detail;
     constexpr std::size_t bytesPerPixel = C * sizeof(T) * N;
-    const Range range = rangeOf<T>();
+    const Range range = rangeOf<T>;
     const bool pastCaches = outgrowsCaches<C, T>(columns, rows);
     forEachScaledTile(columns.to, rows.to, scaledElements / C, bytesPerPixel, [=](const ScaledTile& tile) {
 #if defined(VEXA_PICKS_LANES)

@@ -141,7 +141,7 @@ VexaStatus warp(Transform transform, Pixels<T> src, Destination<T> dst, const Ve
     if (misses(isBack ? inverse : given, src.width, src.height, dst.width, dst.height)) return VEXA_INTERNAL_CALL_ERROR;
 
     const Sampled<T, C> sampled{src.first, src.width, src.height, elements<T>(src.pitch)};
-    const Range range = rangeOf<T>();
+    const Range range = rangeOf<T>;
     switch (interpolation) {
         case Interpolation::nearest:
             return launchWarp<C>(dst, affine, back, SampleNearest<T, C>{sampled}, stream);
