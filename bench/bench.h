@@ -33,6 +33,7 @@ std::vector<Benchmark> conversionBenchmarks(VexaSize size);
 std::vector<Benchmark> fillBenchmarks(VexaSize size);
 std::vector<Benchmark> colorBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
+std::vector<Benchmark> geometryBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
 std::vector<Benchmark> matrixBenchmarks();

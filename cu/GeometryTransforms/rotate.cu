@@ -134,9 +134,13 @@ using RotateC3 = VexaStatus(T*, T4*, T*, int, int, int, int, int, int, int, floa
 template RotateC1<u8> vexa_rotate_c1<u8, 8>;
 template RotateC1<u16> vexa_rotate_c1<u16, 16>;
 template RotateC1<f32> vexa_rotate_c1<f32, 32>;
-template RotateC3<u8, uchar4> vexa_rotate_c3<u8, uchar4, 8>;
-template RotateC3<u16, ushort4> vexa_rotate_c3<u16, ushort4, 16>;
-template RotateC3<f32, float4> vexa_rotate_c3<f32, float4, 32>;
+// Exported one by one: CUDA's vector types are hidden, and templates with them.
+template VEXA_API RotateC3<u8, uchar4> vexa_rotate_c3<u8, uchar4, 8>;
+template VEXA_API RotateC3<u16, ushort4> vexa_rotate_c3<u16, ushort4, 16>;
+template VEXA_API RotateC3<f32, float4> vexa_rotate_c3<f32, float4, 32>;
+template VEXA_KERNEL kernel_append_channel(u8*, uchar4*, int, int, int, int);
+template VEXA_KERNEL kernel_append_channel(u16*, ushort4*, int, int, int, int);
+template VEXA_KERNEL kernel_append_channel(f32*, float4*, int, int, int, int);
 
 namespace {
 

@@ -42,24 +42,36 @@ VEXA_DEVICE void transposePixels(int width, int height, Plane<T> dst, Plane<cons
 
 namespace detail {
 
-/// The elements of a register, and as many registers.
-template <typename T>
-struct Square {
-    static constexpr int side = 16 / static_cast<int>(sizeof(T));
-    typedef T Row __attribute__((vector_size(16)));
-    Row row[side];
+/// As many pixels as a register takes, and as many registers. Pixels of three elements are widened to four.
+template <typename T, int C>
+class Square {
+    static constexpr int pixelBytes = C * static_cast<int>(sizeof(T));
+    static constexpr int wideBytes = wideElements<C> * static_cast<int>(sizeof(T));
+
+public:
+    static constexpr int side = 16 / wideBytes;
+
+    /// Bytes that are loaded behind the pixels of a row.
+    static constexpr int excessBytes = 16 - side * pixelBytes;
 
     void load(const T* from, std::ptrdiff_t pitch)
     {
-        for (int y = 0; y < side; ++y) std::memcpy(&row[y], from + y * pitch, sizeof(Row));
+        for (int y = 0; y < side; ++y) {
+            Bytes bytes;
+            std::memcpy(&bytes, from + y * pitch, sizeof bytes);
+            _row[y] = reinterpret_cast<Row>(widened(bytes, std::make_index_sequence<16>()));
+        }
     }
 
     void store(T* to, std::ptrdiff_t pitch) const
     {
-        for (int y = 0; y < side; ++y) std::memcpy(to + y * pitch, &row[y], sizeof(Row));
+        for (int y = 0; y < side; ++y) {
+            const Bytes bytes = narrowed(reinterpret_cast<Bytes>(_row[y]), std::make_index_sequence<16>());
+            std::memcpy(to + y * pitch, &bytes, side * pixelBytes);
+        }
     }
 
-    /// Shuffles the upper half of the rows into the lower, which turns the bits of an element's place by one. After as
+    /// Shuffles the upper half of the rows into the lower, which turns the bits of a pixel's place by one. After as
     /// many rounds as a column has bits, rows and columns have changed places.
     void transpose()
     {
@@ -68,17 +80,47 @@ struct Square {
     }
 
 private:
+    using Word =
+        std::conditional_t<wideBytes == 1, std::uint8_t,
+                           std::conditional_t<wideBytes == 2, std::uint16_t,
+                                              std::conditional_t<wideBytes == 4, std::uint32_t, std::uint64_t> > >;
+    typedef Word Row __attribute__((vector_size(16)));
+    typedef unsigned char Bytes __attribute__((vector_size(16)));
+
+    template <std::size_t... I>
+    static Bytes widened(Bytes bytes, std::index_sequence<I...>)
+    {
+        if constexpr (pixelBytes == wideBytes)
+            return bytes;
+        else
+            return __builtin_shufflevector(
+                bytes, Bytes{}, (I % wideBytes < pixelBytes ? I / wideBytes * pixelBytes + I % wideBytes : 16)...);
+    }
+
+    template <std::size_t... I>
+    static Bytes narrowed(Bytes bytes, std::index_sequence<I...>)
+    {
+        if constexpr (pixelBytes == wideBytes)
+            return bytes;
+        else
+            return __builtin_shufflevector(
+                bytes, Bytes{}, (I < side * pixelBytes ? I / pixelBytes * wideBytes + I % pixelBytes : 16)...);
+    }
+
     template <std::size_t... I>
     void shuffle(std::index_sequence<I...>)
     {
         Row shuffled[side];
         for (int y = 0; y < side / 2; ++y) {
-            shuffled[2 * y] = __builtin_shufflevector(row[y], row[y + side / 2], (I / 2 + I % 2 * side)...);
-            shuffled[2 * y + 1] =
-                __builtin_shufflevector(row[y], row[y + side / 2], (I / 2 + I % 2 * side + side / 2)...);
+            const Row upper = _row[y];
+            const Row lower = _row[y + side / 2];
+            shuffled[2 * y] = __builtin_shufflevector(upper, lower, (I / 2 + I % 2 * side)...);
+            shuffled[2 * y + 1] = __builtin_shufflevector(upper, lower, (I / 2 + I % 2 * side + side / 2)...);
         }
-        std::memcpy(row, shuffled, sizeof row);
+        for (int y = 0; y < side; ++y) _row[y] = shuffled[y];
     }
+
+    Row _row[side];
 };
 
 /// A rectangle of the source.
@@ -91,32 +133,38 @@ struct TransposedTile {
 
 /// Pixel by pixel.
 template <int C, typename T>
-inline void transposeTile(TransposedTile tile, Plane<T> dst, Plane<const T> src)
+inline void transposeOneByOne(TransposedTile tile, Plane<T> dst, Plane<const T> src)
 {
-    for (int x = tile.left; x < tile.right; ++x) {
-        T* const to = dst.row(x);
+    for (int x = tile.left; x < tile.right; ++x)
         for (int y = tile.top; y < tile.bottom; ++y)
-            copyPixel<C>(to + static_cast<std::ptrdiff_t>(C) * y, src.row(y) + static_cast<std::ptrdiff_t>(C) * x);
-    }
+            copyPixel<C>(dst.row(x) + static_cast<std::ptrdiff_t>(C) * y,
+                         src.row(y) + static_cast<std::ptrdiff_t>(C) * x);
 }
 
 /// In squares of registers, and what is left pixel by pixel.
-template <typename T>
-inline void transposeSquares(TransposedTile tile, Plane<T> dst, Plane<const T> src)
+template <int C, typename T>
+inline void transposeTile(TransposedTile tile, int width, Plane<T> dst, Plane<const T> src)
 {
-    constexpr int side = Square<T>::side;
-    int y = tile.top;
-    for (; y + side <= tile.bottom; y += side) {
-        int x = tile.left;
-        for (; x + side <= tile.right; x += side) {
-            Square<T> square;
-            square.load(src.row(y) + x, src.pitch);
-            square.transpose();
-            square.store(dst.row(x) + y, dst.pitch);
+    if constexpr (C * sizeof(T) > 8) {
+        transposeOneByOne<C>(tile, dst, src);
+    } else {
+        constexpr int side = Square<T, C>::side;
+        constexpr int excess =
+            (Square<T, C>::excessBytes + C * static_cast<int>(sizeof(T)) - 1) / (C * static_cast<int>(sizeof(T)));
+        const int right = std::min(tile.right, width - excess);
+        int y = tile.top;
+        for (; y + side <= tile.bottom; y += side) {
+            int x = tile.left;
+            for (; x + side <= right; x += side) {
+                Square<T, C> square;
+                square.load(src.row(y) + static_cast<std::ptrdiff_t>(C) * x, src.pitch);
+                square.transpose();
+                square.store(dst.row(x) + static_cast<std::ptrdiff_t>(C) * y, dst.pitch);
+            }
+            transposeOneByOne<C>({x, tile.right, y, y + side}, dst, src);
         }
-        transposeTile<1>({x, tile.right, y, y + side}, dst, src);
+        transposeOneByOne<C>({tile.left, tile.right, y, tile.bottom}, dst, src);
     }
-    transposeTile<1>({tile.left, tile.right, y, tile.bottom}, dst, src);
 }
 
 }  // namespace detail
@@ -126,19 +174,20 @@ template <int C, typename T>
 inline void transposePixels(int width, int height, Plane<T> dst, Plane<const T> src)
 {
     if (width < 1 || height < 1) return;
-    constexpr int side = 64;
-    const std::size_t across = (static_cast<std::size_t>(width) + side - 1) / side;
-    const std::size_t down = (static_cast<std::size_t>(height) + side - 1) / side;
-    constexpr std::size_t bytesPerTile = 4 * side * side * C * sizeof(T);
+    // As wide as a line of the cache is long: rows of the result that are many at a time push each other out where
+    // their pitch is a power of two.
+    constexpr int tileWidth = 64 / static_cast<int>(sizeof(Pixel<T, detail::wideElements<C> >));
+    constexpr int tileHeight = 64;
+    const std::size_t across = (static_cast<std::size_t>(width) + tileWidth - 1) / tileWidth;
+    const std::size_t down = (static_cast<std::size_t>(height) + tileHeight - 1) / tileHeight;
+    constexpr std::size_t bytesPerTile = 4 * tileWidth * tileHeight * C * sizeof(T);
     platform::parallelRanges(across * down, bytesPerTile, [=](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
-            const int left = static_cast<int>(i / down) * side;
-            const int top = static_cast<int>(i % down) * side;
-            const detail::TransposedTile tile{left, std::min(left + side, width), top, std::min(top + side, height)};
-            if constexpr (C == 1)
-                detail::transposeSquares(tile, dst, src);
-            else
-                detail::transposeTile<C>(tile, dst, src);
+            const int left = static_cast<int>(i / down) * tileWidth;
+            const int top = static_cast<int>(i % down) * tileHeight;
+            const detail::TransposedTile tile{left, std::min(left + tileWidth, width), top,
+                                              std::min(top + tileHeight, height)};
+            detail::transposeTile<C>(tile, width, dst, src);
         }
     });
 }
