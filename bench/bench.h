@@ -35,6 +35,7 @@ std::vector<Benchmark> colorBenchmarks(VexaSize size);
 std::vector<Benchmark> demosaicBenchmarks(VexaSize size);
 std::vector<Benchmark> filterBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
+std::vector<Benchmark> geometryBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
 std::vector<Benchmark> matrixBenchmarks();

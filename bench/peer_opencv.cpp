@@ -59,6 +59,19 @@ void gradients(const Mats& src, cv::Mat& dst, int side)
     cv::Sobel(src[0], along, CV_32F, 0, 1, side, 1, 0, cv::BORDER_REPLICATE);
 }
 
+/// OpenCV's name of an interpolation.
+int interpolation(double type)
+{
+    if (type == VEXA_INTER_NEAREST) return cv::INTER_NEAREST;
+    return type == VEXA_INTER_LINEAR ? cv::INTER_LINEAR : cv::INTER_CUBIC;
+}
+
+/// The first rows of a matrix.
+cv::Mat matrix(const Parameters& parameters, int rows)
+{
+    return cv::Mat(rows, 3, CV_64F, const_cast<double*>(parameters.data()));
+}
+
 const Opponent opponents[] = {
     {"add", "cv::add",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
@@ -191,6 +204,24 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::dilate(src[0], dst, src[1]); }},
     {"modeFilter", "cv::medianBlur",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::medianBlur(src[0], dst, src[1].rows); }},
+    {"resize", "cv::resize",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::resize(src[0], dst, dst.size(), 0, 0, interpolation(parameters[0]));
+     }},
+    {"warpAffine", "cv::warpAffine",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::warpAffine(src[0], dst, matrix(parameters, 2), dst.size(), interpolation(parameters.back()));
+     }},
+    {"warpPerspective", "cv::warpPerspective",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::warpPerspective(src[0], dst, matrix(parameters, 3), dst.size(), interpolation(parameters.back()));
+     }},
+    {"flip", "cv::flip",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::flip(src[0], dst, parameters[0] == VEXA_FLIP_BOTH_DIRECTIONS ? -1 : static_cast<int>(parameters[0]));
+     }},
+    {"transpose", "cv::transpose",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::transpose(src[0], dst); }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
 };

@@ -319,6 +319,7 @@ private:
 #include "vexaColorOperations.h"
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
+#include "vexaGeometryTransforms.h"
 #include "vexaIO.h"
 #include "vexaImageFiltering.h"
 #include "vexaImageStatistics.h"

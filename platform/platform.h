@@ -156,6 +156,43 @@ template <int C>
 [[nodiscard]] VexaStatus dot(Pixels<Vexa32f> src1, const Vexa32f* src2, void* scratch, Vexa64f* result, Stream stream);
 /// @}
 
+/// @name Geometry
+/// Primitives that sample an image at other places; for T 8u, 16u or 32f and C 1 or 3. They return without waiting.
+/// VEXA_INTERNAL_CALL_ERROR for what they refuse: then nothing is written.
+/// @{
+
+/// The values are those that NPP gives them.
+enum class Interpolation { undefined = 0, nearest = 1, linear = 2, cubic = 4 };
+
+/// The rows of an image in device memory, to write to.
+template <typename T>
+struct Destination {
+    T* first;
+    int width;
+    int height;
+    int pitch;  ///< bytes
+};
+
+/// Fills the destination from the whole source. The scale is taken for each axis from the two sizes. Refuses an
+/// undefined interpolation and a source that is less than 2 pixels wide or high.
+template <typename T, int C>
+[[nodiscard]] VexaStatus resize(Pixels<T> src, Destination<T> dst, Interpolation interpolation, Stream stream);
+
+/// How coefficients are meant: two rows for affine, three for perspective transforms, from source to destination or,
+/// back, from destination to source.
+enum class Transform { affine, affineBack, perspective, perspectiveBack };
+
+/// Writes the destination pixels that the source reaches and leaves the others alone. Refuses what resize does, a
+/// singular or infinite matrix, and a source that misses the destination.
+template <typename T, int C>
+[[nodiscard]] VexaStatus warp(Transform transform, Pixels<T> src, Destination<T> dst, const Vexa64f (*coefficients)[3],
+                              Interpolation interpolation, Stream stream);
+
+/// Writes the source's columns as rows of `dst`, `pitch` bytes apart.
+template <typename T, int C>
+[[nodiscard]] VexaStatus transpose(Pixels<T> src, T* dst, int pitch, Stream stream);
+/// @}
+
 /// @name Linear algebra
 /// Of one matrix, by column: rows of pixels are the columns of the transpose. Matrices, pivots and infos lie in device
 /// memory, and so do the pointers to the matrices. Leading dimensions are in elements.

@@ -5,7 +5,7 @@
 
 namespace vexa::platform::fault {
 
-enum class Call { scratchSize, statistic };
+enum class Call { scratchSize, statistic, resize, warp, transpose };
 
 inline bool strikes(Call /*call*/)
 {

@@ -22,6 +22,9 @@ enum class Call {
     synchronizeDevice,
     scratchSize,
     statistic,
+    resize,
+    warp,
+    transpose,
     luFactor,
     luInvert,
     count

@@ -1,0 +1,27 @@
+/// @file
+/// Moving single pixels on the host. Three elements move as four where the fourth may be read and is overwritten later:
+/// one load and store of a register instead of three.
+
+#pragma once
+
+#include <cstring>
+
+namespace vexa::detail {
+
+template <int C, typename T>
+inline void copyPixel(T* to, const T* from)
+{
+    std::memcpy(to, from, C * sizeof(T));
+}
+
+/// Elements that copyWide moves.
+template <int C>
+inline constexpr int wideElements = C == 3 ? 4 : C;
+
+template <int C, typename T>
+inline void copyWide(T* to, const T* from)
+{
+    std::memcpy(to, from, wideElements<C> * sizeof(T));
+}
+
+}  // namespace vexa::detail
