@@ -320,5 +320,6 @@ private:
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
 #include "vexaIO.h"
+#include "vexaImageFiltering.h"
 #include "vexaImageStatistics.h"
 #include "vexaOperators.h"
