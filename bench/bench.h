@@ -32,6 +32,7 @@ std::vector<Benchmark> mathBenchmarks(VexaSize size);
 std::vector<Benchmark> conversionBenchmarks(VexaSize size);
 std::vector<Benchmark> fillBenchmarks(VexaSize size);
 std::vector<Benchmark> colorBenchmarks(VexaSize size);
+std::vector<Benchmark> photometricBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
