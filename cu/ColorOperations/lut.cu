@@ -45,13 +45,21 @@ struct BoundedEntry {
 
 /// A table for each slot.
 struct BoundedEntries {
-    BoundedEntry<u16> first;
-    BoundedEntry<u16> second;
-    BoundedEntry<u16> third;
+    const u16* first;
+    const u16* second;
+    const u16* third;
+    u16 lowest;
+    u16 highest;
 
     VEXA_DEVICE Pixel<u16, 3> operator()(Pixel<u16, 3> pixel) const
     {
-        return {{first(pixel.element[0]), second(pixel.element[1]), third(pixel.element[2])}};
+        return {{in(first, pixel.element[0]), in(second, pixel.element[1]), in(third, pixel.element[2])}};
+    }
+
+private:
+    VEXA_DEVICE u16 in(const u16* table, u16 element) const
+    {
+        return BoundedEntry<u16>{table, lowest, highest}(element);
     }
 };
 
@@ -87,7 +95,7 @@ VEXA_KERNEL kernel_lut_16u(Vexa16u* src, Vexa16u* dst, int width, int height, in
                            Vexa16u* greenLUT, Vexa16u* blueLUT, Vexa16u minVal, Vexa16u maxVal)
 {
     mapPixels(width, height, Interleaved<u16, 3>{dst, pitch},
-              BoundedEntries{{redLUT, minVal, maxVal}, {greenLUT, minVal, maxVal}, {blueLUT, minVal, maxVal}},
+              BoundedEntries{redLUT, greenLUT, blueLUT, minVal, maxVal},
               Interleaved<u16, 3>{src, pitch});
 }
 
