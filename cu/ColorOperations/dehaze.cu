@@ -59,19 +59,17 @@ struct Surrounded {
 
 /// The reciprocal of how much of the scene passes through the haze, from the dark channel around a pixel: its mean
 /// where the pixel is flat or bright, its minimum where it is darker than its surroundings.
-template <typename Window>
-VEXA_DEVICE float perTransmission(const Window& dark, float highest)
+template <typename Window, std::size_t... I>
+VEXA_DEVICE float perTransmission(const Window& dark, float highest, std::index_sequence<I...>)
 {
     float sum = 0.0F;
     float least = highest;
-#pragma GCC unroll 3
-    for (int dx = -1; dx <= 1; ++dx)
-#pragma GCC unroll 3
-        for (int dy = -1; dy <= 1; ++dy) {
-            const float value = dark(dx, dy);
-            sum += value;
-            least = value < least ? value : least;
-        }
+    const auto take = [&](float value) {
+        sum += value;
+        least = value < least ? value : least;
+    };
+    // Column by column, in which order the sum is rounded.
+    (take(dark(static_cast<int>(I / 3) - 1, static_cast<int>(I % 3) - 1)), ...);
     const float mean = sum * 0.111111112F;
     const float haze = dark(0, 0) >= mean ? mean : least;
     constexpr float retained = -0.8F;
@@ -110,7 +108,7 @@ VEXA_DEVICE void recoverInterior(T* src, T* dst, float* dark, Light light, int w
     const Interleaved<T, 3> to{dst + pitch + 3, pitch};
     forEachWindow<Reach<1, 1, 1, 1>, float>(
         Surrounded{dark + darkPitch + 1, width - 2, height - 2, darkPitch}, [=](int x, int y, const auto& window) {
-            const float scale = perTransmission(window, recover.range.highest);
+            const float scale = perTransmission(window, recover.range.highest, std::make_index_sequence<9>());
             const Pixel<T, 3> pixel = from.row(y).load(x);
             to.row(y).store(
                 x, {{recover(pixel.element[0], light.slot[0], scale), recover(pixel.element[1], light.slot[1], scale),

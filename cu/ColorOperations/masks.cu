@@ -3,6 +3,7 @@
 
 #include "arguments.h"
 #include "arithmetic.h"
+#include "border.h"
 #include "checks.h"
 #include "dispatch.h"
 #include "sequence.h"
@@ -23,21 +24,29 @@ VEXA_DEVICE u8 grayOf(float blue, float green, float red)
     return truncate<u8>(multiplyAdd(0.11F, blue, multiplyAdd(0.3F, green, 0.59F * red)));
 }
 
-/// Keeps a pixel whose `picked` slot exceeds the others.
+/// Keeps a pixel whose `picked` slot exceeds both others by more than `margin`.
 template <int picked>
 struct Pick {
-    float threshold;
+    u8 margin;
 
     VEXA_DEVICE Pixel<u8, 3> operator()(Pixel<u8, 3> pixel) const
     {
-        const auto primary = static_cast<float>(pixel.element[picked]);
-        const float ahead = primary - static_cast<float>(pixel.element[(picked + 1) % 3]);
-        const float aheadToo = primary - static_cast<float>(pixel.element[(picked + 2) % 3]);
-        const bool keeps = (ahead > 0) & (aheadToo > 0) & (ahead > threshold) & (aheadToo > threshold);
+        const u8 primary = pixel.element[picked];
+        const u8 one = pixel.element[(picked + 1) % 3];
+        const u8 two = pixel.element[(picked + 2) % 3];
+        const u8 larger = one > two ? one : two;
+        const u8 ahead = primary > larger ? static_cast<u8>(primary - larger) : u8(0);
+        const bool keeps = ahead > margin;
         const u8 gray = grayOf(pixel.element[0], pixel.element[1], pixel.element[2]);
         return {{keeps ? pixel.element[0] : gray, keeps ? pixel.element[1] : gray, keeps ? pixel.element[2] : gray}};
     }
 };
+
+/// The margin by which bytes exceed a threshold. By 255 none does, nor any by what is not a number.
+VEXA_DEVICE u8 marginOf(float threshold)
+{
+    return threshold < 255.0F ? saturate<u8>(threshold, {0, 255}) : u8(255);
+}
 
 struct ToGray {
     VEXA_DEVICE Pixel<u8, 3> operator()(Pixel<u8, 3> pixel) const
@@ -74,19 +83,12 @@ VEXA_KERNEL kernel_borderMask(T* src, T* dst, int width, int height, int pitch, 
 {
     const Interior interior{position(left, width), position(static_cast<long long>(width) - right, width),
                             position(top, height), position(static_cast<long long>(height) - bottom, height)};
-    const auto inside = [=](T* pixels) {
-        return Plane<T>{pixels + static_cast<std::ptrdiff_t>(interior.top) * pitch + C * interior.left, pitch};
-    };
-    mapElements<C>(
-        interior.right - interior.left, interior.bottom - interior.top, inside(dst), [](T value) { return value; },
-        inside(src));
-    const Interleaved<T, C> to{dst, pitch};
-    forEachPixelOutside(interior, width, height, [=](int x, int y) {
-        if constexpr (C == 1)
-            to.row(y).store(x, {{mask_r}});
-        else
-            to.row(y).store(x, {{mask_r, mask_g, mask_b}});
-    });
+    const Plane<T> from{src, pitch};
+    const Plane<T> to{dst, pitch};
+    if constexpr (C == 1)
+        copyInside<1>(interior, width, height, to, from, {{mask_r}});
+    else
+        copyInside<3>(interior, width, height, to, from, {{mask_r, mask_g, mask_b}});
 }
 
 VEXA_KERNEL kernel_colorpick_bgr_8u(Vexa8u* src, Vexa8u* dst, int width, int height, int pitch, VexaColor color,
@@ -94,13 +96,14 @@ VEXA_KERNEL kernel_colorpick_bgr_8u(Vexa8u* src, Vexa8u* dst, int width, int hei
 {
     const Interleaved<u8, 3> from{src, pitch};
     const Interleaved<u8, 3> to{dst, pitch};
+    const u8 margin = marginOf(threshold);
     switch (color) {
         case VEXA_COLOR_RED:
-            return mapPixels(width, height, to, Pick<2>{threshold}, from);
+            return mapPixels(width, height, to, Pick<2>{margin}, from);
         case VEXA_COLOR_GREEN:
-            return mapPixels(width, height, to, Pick<1>{threshold}, from);
+            return mapPixels(width, height, to, Pick<1>{margin}, from);
         case VEXA_COLOR_BLUE:
-            return mapPixels(width, height, to, Pick<0>{threshold}, from);
+            return mapPixels(width, height, to, Pick<0>{margin}, from);
         default:
             return mapPixels(width, height, to, ToGray{}, from);
     }
