@@ -2,56 +2,21 @@
 /// Channels as weighted sums of all three, and the mix that takes a colour cast off.
 
 #include "arguments.h"
-#include "arithmetic.h"
 #include "checks.h"
 #include "colorCast.h"
 #include "dataBits.h"
 #include "dispatch.h"
-#include "kernels.h"
-
-namespace vexa {
-
-/// The rows of a mix: the weights of slots 0, 1 and 2, and an offset.
-struct MixCoefficients {
-    float row[3][4];
-};
-
-}  // namespace vexa
+#include "linearMap.h"
 
 using namespace vexa;
 
-namespace {
-
-template <typename T, bool clamps>
-struct Mix {
-    MixCoefficients coefficients;
-    Range range;
-
-    VEXA_DEVICE Pixel<T, 3> operator()(Pixel<T, 3> pixel) const
-    {
-        return {
-            {mixed(coefficients.row[0], pixel), mixed(coefficients.row[1], pixel), mixed(coefficients.row[2], pixel)}};
-    }
-
-private:
-    VEXA_DEVICE T mixed(const float (&weights)[4], Pixel<T, 3> pixel) const
-    {
-        const float second = weights[1] * static_cast<float>(pixel.element[1]);
-        const float sum = multiplyAdd(weights[0], static_cast<float>(pixel.element[0]), second);
-        return store<T, clamps>(multiplyAdd(weights[2], static_cast<float>(pixel.element[2]), sum) + weights[3], range);
-    }
-};
-
-}  // namespace
-
 template <typename T, int bits, bool clamps>
-VEXA_KERNEL kernel_colorTwist(T* src, T* dst, int width, int height, int pitch, MixCoefficients coefficients, T minVal,
-                              T maxVal)
+VEXA_KERNEL kernel_colorTwist(T* src, T* dst, int width, int height, int pitch, LinearCoefficients coefficients,
+                              T minVal, T maxVal)
 {
     static_assert(bits == 8 * sizeof(T));
-    mapPixels(width, height, Interleaved<T, 3>{dst, pitch},
-              Mix<T, clamps>{coefficients, {static_cast<float>(minVal), static_cast<float>(maxVal)}},
-              Interleaved<T, 3>{src, pitch});
+    mapLinearly<T, clamps>(width, height, {dst, pitch}, {src, pitch}, coefficients,
+                           {static_cast<float>(minVal), static_cast<float>(maxVal)});
 }
 
 namespace {
@@ -61,7 +26,7 @@ VexaStatus launchMix(T* pSrc, T* pDst, int width, int height, int pitch, const f
                      cudaStream_t stream)
 {
     if (coeffs == nullptr) return VEXA_NULL_POINTER_ERROR;
-    MixCoefficients coefficients;
+    LinearCoefficients coefficients;
     std::copy_n(coeffs, 12, &coefficients.row[0][0]);
     launch(kernel_colorTwist<T, 8 * sizeof(T), Element<T>::saturates>, pixelExtent(width, height), stream, pSrc, pDst,
            width, height, elements<T>(pitch), coefficients, T(0), maxVal);

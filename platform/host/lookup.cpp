@@ -32,6 +32,7 @@ void lookUpEach(const ByteTables<N>& tables, const unsigned char* from, unsigned
 #if defined(__x86_64__)
 
 #define VEXA_PERMUTES_BYTES __attribute__((target("avx512f,avx512bw,avx512vbmi")))
+#define VEXA_INSIDE VEXA_PERMUTES_BYTES __attribute__((always_inline))
 
 bool permutesBytes()
 {
@@ -45,14 +46,14 @@ struct Registers {
     __m512i part[4];
 };
 
-VEXA_PERMUTES_BYTES Registers load(const unsigned char (&table)[256])
+VEXA_INSIDE inline Registers load(const unsigned char (&table)[256])
 {
     return {{_mm512_load_si512(table), _mm512_load_si512(table + 64), _mm512_load_si512(table + 128),
              _mm512_load_si512(table + 192)}};
 }
 
 /// A permutation takes 7 bits of a byte; the eighth picks the half of the table.
-VEXA_PERMUTES_BYTES inline __m512i lookUp(const Registers& table, __m512i bytes)
+VEXA_INSIDE inline __m512i lookUp(const Registers& table, __m512i bytes)
 {
     const __m512i low = _mm512_permutex2var_epi8(table.part[0], bytes, table.part[1]);
     const __m512i high = _mm512_permutex2var_epi8(table.part[2], bytes, table.part[3]);
@@ -61,43 +62,57 @@ VEXA_PERMUTES_BYTES inline __m512i lookUp(const Registers& table, __m512i bytes)
 
 constexpr std::size_t registerBytes = 64;
 
-/// Which bytes of a register there are.
-std::uint64_t present(std::size_t bytes)
-{
-    return bytes >= registerBytes ? ~std::uint64_t{0} : (std::uint64_t{1} << bytes) - 1;
-}
+/// Tables in registers. The bytes of a register belong to them by where it starts.
+template <int N>
+struct TablesOf;
 
-VEXA_PERMUTES_BYTES void lookUpWide(const ByteTables<1>& tables, const unsigned char* from, unsigned char* to,
-                                    std::size_t count)
-{
-    const Registers table = load(tables.value[0]);
-    for (std::size_t i = 0; i < count; i += registerBytes) {
-        const __mmask64 mask = present(count - i);
-        _mm512_mask_storeu_epi8(to + i, mask, lookUp(table, _mm512_maskz_loadu_epi8(mask, from + i)));
-    }
-}
+template <>
+struct TablesOf<1> {
+    Registers table;
 
-VEXA_PERMUTES_BYTES void lookUpWide(const ByteTables<3>& tables, const unsigned char* from, unsigned char* to,
-                                    std::size_t count)
-{
-    const Registers first = load(tables.value[0]);
-    const Registers second = load(tables.value[1]);
-    const Registers third = load(tables.value[2]);
-    // Bytes 0, 3, 6, ... of a register, and those that follow them. A register starts one byte later in its pixel than
-    // the one before it.
+    VEXA_PERMUTES_BYTES explicit TablesOf(const ByteTables<1>& tables) : table(load(tables.value[0])) {}
+
+    VEXA_INSIDE __m512i next(__m512i bytes) { return lookUp(table, bytes); }
+};
+
+template <>
+struct TablesOf<3> {
+    Registers first;
+    Registers second;
+    Registers third;
+    // Bytes 0, 3, 6, ... of a register, and those that follow them.
     std::uint64_t ofFirst = 0x9249249249249249;
     std::uint64_t ofSecond = 0x2492492492492492;
     std::uint64_t ofThird = 0x4924924924924924;
-    for (std::size_t i = 0; i < count; i += registerBytes) {
-        const __mmask64 mask = present(count - i);
-        const __m512i bytes = _mm512_maskz_loadu_epi8(mask, from + i);
+
+    VEXA_PERMUTES_BYTES explicit TablesOf(const ByteTables<3>& tables)
+        : first(load(tables.value[0])), second(load(tables.value[1])), third(load(tables.value[2]))
+    {}
+
+    VEXA_INSIDE __m512i next(__m512i bytes)
+    {
         const __m512i two = _mm512_mask_blend_epi8(ofSecond, lookUp(first, bytes), lookUp(second, bytes));
-        _mm512_mask_storeu_epi8(to + i, mask, _mm512_mask_blend_epi8(ofThird, two, lookUp(third, bytes)));
-        const std::uint64_t next = ofThird;
+        const __m512i result = _mm512_mask_blend_epi8(ofThird, two, lookUp(third, bytes));
+        // The next register starts one byte later in its pixel.
+        const std::uint64_t ofNext = ofThird;
         ofThird = ofSecond;
         ofSecond = ofFirst;
-        ofFirst = next;
+        ofFirst = ofNext;
+        return result;
     }
+};
+
+template <int N>
+VEXA_PERMUTES_BYTES void lookUpWide(const ByteTables<N>& tables, const unsigned char* from, unsigned char* to,
+                                    std::size_t count)
+{
+    TablesOf<N> registers(tables);
+    std::size_t i = 0;
+    for (; i + registerBytes <= count; i += registerBytes)
+        _mm512_storeu_si512(to + i, registers.next(_mm512_loadu_si512(from + i)));
+    // Masked stores take many times as long.
+    const __mmask64 left = (std::uint64_t{1} << (count - i)) - 1;
+    _mm512_mask_storeu_epi8(to + i, left, registers.next(_mm512_maskz_loadu_epi8(left, from + i)));
 }
 
 #endif
