@@ -81,8 +81,10 @@ template <typename T, int C>
 VEXA_KERNEL kernel_borderMask(T* src, T* dst, int width, int height, int pitch, int top, int bottom, int left,
                               int right, T mask_r, T mask_g, T mask_b)
 {
-    const Interior interior{position(left, width), position(static_cast<long long>(width) - right, width),
-                            position(top, height), position(static_cast<long long>(height) - bottom, height)};
+    const int first = position(left, width);
+    const int end = position(static_cast<long long>(width) - right, width);
+    const Interior interior{first, end < first ? first : end, position(top, height),
+                            position(static_cast<long long>(height) - bottom, height)};
     const Plane<T> from{src, pitch};
     const Plane<T> to{dst, pitch};
     if constexpr (C == 1)

@@ -3,8 +3,8 @@
 
 #include "lookup.h"
 
-#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -13,20 +13,23 @@
 namespace vexa::platform {
 namespace {
 
+/// Reads neighbours before it writes any: as a store of a byte may change what is read after it, one by one takes half
+/// as long again.
+template <int N, std::size_t... I>
+inline void lookUpNeighbours(const ByteTables<N>& tables, const unsigned char* from, unsigned char* to,
+                             std::index_sequence<I...>)
+{
+    const unsigned char results[] = {tables.value[I % N][from[I]]...};
+    ((to[I] = results[I]), ...);
+}
+
 template <int N>
 void lookUpEach(const ByteTables<N>& tables, const unsigned char* from, unsigned char* to, std::size_t count)
 {
-    // Some are read before any is written, as a store of a byte may change what is read after it.
-    constexpr std::size_t step = 6 * N;
-    unsigned char results[step];
-    for (std::size_t i = 0; i < count; i += step) {
-        const std::size_t some = std::min(step, count - i);
-        if (some == step)
-            for (std::size_t j = 0; j < step; ++j) results[j] = tables.value[j % N][from[i + j]];
-        else
-            for (std::size_t j = 0; j < some; ++j) results[j] = tables.value[j % N][from[i + j]];
-        std::copy_n(results, some, to + i);
-    }
+    constexpr std::size_t step = N == 1 ? 8 : 12;
+    std::size_t i = 0;
+    for (; i + step <= count; i += step) lookUpNeighbours(tables, from + i, to + i, std::make_index_sequence<step>());
+    for (; i < count; ++i) to[i] = tables.value[i % N][from[i]];
 }
 
 #if defined(__x86_64__)
