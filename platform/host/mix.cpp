@@ -87,9 +87,10 @@ struct Pixels<std::uint8_t> {
         highest = _mm512_set1_epi8(static_cast<char>(highestValue));
     }
 
-    VEXA_INSIDE Slots load(const std::uint8_t* from, std::size_t elements) const
+    VEXA_INSIDE Slots load(const std::uint8_t* from, std::size_t available) const
     {
-        const __m512i pixels = _mm512_maskz_loadu_epi8(bits(elements), from);
+        const __m512i pixels =
+            available < 64 ? _mm512_maskz_loadu_epi8(bits(available), from) : _mm512_loadu_si512(from);
         constexpr __mmask64 lowBytes = 0x1111111111111111;
         return {{_mm512_maskz_permutexvar_epi8(lowBytes, apart[0], pixels),
                  _mm512_maskz_permutexvar_epi8(lowBytes, apart[1], pixels),
@@ -101,7 +102,7 @@ struct Pixels<std::uint8_t> {
         const __m512i words = _mm512_packs_epi32(slots.slot[0], slots.slot[1]);
         const __m512i bytes = _mm512_packus_epi16(words, _mm512_packs_epi32(slots.slot[2], slots.slot[2]));
         const __m512i pixels = _mm512_maskz_permutexvar_epi8(~__mmask64{0}, together, _mm512_min_epu8(bytes, highest));
-        // Masked stores take many times as long.
+        // Masked stores take many times as long, and so do masked loads of what is not in the caches.
         if (elements < 48) return _mm512_mask_storeu_epi8(to, bits(elements), pixels);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm512_maskz_extracti64x4_epi64(0xf, pixels, 0));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 32), _mm512_maskz_extracti32x4_epi32(0xf, pixels, 2));
@@ -129,11 +130,15 @@ struct Pixels<std::uint16_t> {
         highest = _mm512_set1_epi16(static_cast<short>(highestValue));
     }
 
-    VEXA_INSIDE Slots load(const std::uint16_t* from, std::size_t elements) const
+    VEXA_INSIDE Slots load(const std::uint16_t* from, std::size_t available) const
     {
         constexpr __mmask32 lowWords = 0x55555555;
-        const __m512i low = _mm512_maskz_loadu_epi16(static_cast<__mmask32>(bits(elements)), from);
-        const __m512i high = _mm512_maskz_loadu_epi16(static_cast<__mmask32>(bits(elements) >> 32), from + 32);
+        const std::uint64_t mask = bits(available);
+        const bool all = available >= 64;
+        const __m512i low =
+            all ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask), from);
+        const __m512i high = all ? _mm512_loadu_si512(from + 32)
+                                 : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask >> 32), from + 32);
         return {{_mm512_maskz_permutex2var_epi16(lowWords, low, apart[0], high),
                  _mm512_maskz_permutex2var_epi16(lowWords, low, apart[1], high),
                  _mm512_maskz_permutex2var_epi16(lowWords, low, apart[2], high)}};
@@ -160,11 +165,16 @@ VEXA_MIXES_ROWS void mixPixels(const MixRows& rows, T highest, const T* from, T*
 {
     const Pixels<T> format(highest);
     const Weights weights[] = {weightsOf(rows[0]), weightsOf(rows[1]), weightsOf(rows[2])};
-    std::size_t x = 0;
-    for (; x + pixelsAtOnce <= pixels; x += pixelsAtOnce)
-        format.store(to + 3 * x, 48, mixed(weights, format.load(from + 3 * x, 48)));
-    const std::size_t left = 3 * (pixels - x);
-    if (left > 0) format.store(to + 3 * x, left, mixed(weights, format.load(from + 3 * x, left)));
+    const std::size_t count = 3 * pixels;
+    constexpr std::size_t step = 3 * pixelsAtOnce;
+    // Loads run ahead of stores: large images lie alike in their pages, where a load of the bytes behind a store looks
+    // to the processor like one of what was stored, and waits for it.
+    Slots ahead = format.load(from, count);
+    for (std::size_t i = 0; i < count; i += step) {
+        const Slots current = ahead;
+        if (count - i > step) ahead = format.load(from + i + step, count - i - step);
+        format.store(to + i, std::min(step, count - i), mixed(weights, current));
+    }
 }
 
 bool permutesBytes()
