@@ -34,6 +34,7 @@ std::vector<Benchmark> fillBenchmarks(VexaSize size);
 std::vector<Benchmark> colorBenchmarks(VexaSize size);
 std::vector<Benchmark> demosaicBenchmarks(VexaSize size);
 std::vector<Benchmark> filterBenchmarks(VexaSize size);
+std::vector<Benchmark> photometricBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
 std::vector<Benchmark> geometryBenchmarks(VexaSize size);
 

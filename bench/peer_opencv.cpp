@@ -72,6 +72,14 @@ cv::Mat matrix(const Parameters& parameters, int rows)
     return cv::Mat(rows, 3, CV_64F, const_cast<double*>(parameters.data()));
 }
 
+/// All values of a byte, as floats.
+cv::Mat values()
+{
+    cv::Mat row(1, 256, CV_32F);
+    for (int i = 0; i < row.cols; ++i) row.at<float>(i) = static_cast<float>(i);
+    return row;
+}
+
 const Opponent opponents[] = {
     {"add", "cv::add",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
@@ -222,6 +230,61 @@ const Opponent opponents[] = {
      }},
     {"transpose", "cv::transpose",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::transpose(src[0], dst); }},
+    {"channelMix", "cv::transform",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::transform(src[0], dst, cv::Matx34d(parameters.data()));
+     }},
+    {"autoColor", "cv::mean, cv::transform",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         const cv::Scalar mean = cv::mean(src[0]);
+         cv::Matx34f mix = cv::Matx34f::eye();
+         for (int i = 0; i < 3; ++i)
+             mix(i, 1) += static_cast<float>((std::max({mean[0], mean[1], mean[2]}) - mean[i]) / 255);
+         cv::transform(src[0], dst, mix);
+     }},
+    {"gammaCorrect", "cv::pow, cv::LUT",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::Mat table = values();
+         cv::pow(table / 255, 1 / parameters[0], table);
+         table.convertTo(table, CV_8U, 255);
+         cv::LUT(src[0], table, dst);
+     }},
+    {"logTransform bytes", "cv::log, cv::LUT",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::Mat table = values() + 1;
+         cv::log(table, table);
+         cv::LUT(src[0], parameters[0] * table, dst);
+     }},
+    {"logTransform", "cv::add, cv::log, cv::Mat::convertTo",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::add(src[0], 1.0, dst);
+         cv::log(dst, dst);
+         dst.convertTo(dst, -1, parameters[0]);
+     }},
+    {"LUT", "cv::LUT",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::LUT(src[0], src[1].colRange(0, 256), dst); }},
+    {"adjust", "cv::minMaxLoc, cv::convertScaleAbs",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         double min = 0;
+         double max = 0;
+         cv::minMaxLoc(src[0], &min, &max);
+         const double scale = 255 * (parameters[1] - parameters[0]) / (max - min);
+         cv::convertScaleAbs(src[0], dst, scale, 255 * parameters[0] - scale * min);
+     }},
+    {"histEq", "cv::equalizeHist",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::equalizeHist(src[0], dst); }},
+    {"borderMask", "cv::copyMakeBorder",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         const int margin = static_cast<int>(parameters[0]);
+         const cv::Rect inside(margin, margin, src[0].cols - 2 * margin, src[0].rows - 2 * margin);
+         cv::copyMakeBorder(src[0](inside), dst, margin, margin, margin, margin,
+                            cv::BORDER_CONSTANT | cv::BORDER_ISOLATED, scalar(parameters, 1));
+     }},
+    {"imageBinary", "cv::threshold",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         if (src[0].channels() == 3) cv::cvtColor(src[0], dst, cv::COLOR_BGR2GRAY);
+         cv::threshold(src[0].channels() == 3 ? dst : src[0], dst, parameters[0] - 1, 255, cv::THRESH_BINARY);
+     }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
 };

@@ -1,5 +1,6 @@
 /// @file
-/// vexa::colorOperations: colour spaces, raw frames, channels apart and together, packed video.
+/// vexa::colorOperations: colour spaces, raw frames, channels apart and together, haze and low light, tone curves,
+/// sensor correction, packed video.
 
 #pragma once
 
@@ -124,6 +125,143 @@ VEXA_API VexaStatus demosaic(const VexaImage& src, VexaImage& dst, const VexaBay
 /// @return VEXA_INVALID_ARG_ERROR for any other layout
 VEXA_API VexaStatus demosaicDFPD(const VexaImage& src, VexaImage& dst, const VexaBayerSeq sensorAlignment,
                                  const bool refine, const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Haze and low light
+/// 8u and 16u with 3 channels. An empty `dst` is created; any other must have the size, channels and depth of `src`.
+/// Both run in place and wait for the device.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels of `src`;
+///         VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that does not match; VEXA_TYPE_NOT_SUPPORTED_ERROR for other types
+///         (an empty `dst` has been created by then)
+/// @{
+
+/// Removes haze by the dark channel: the transmission of a pixel is estimated from the darkest of its channels over 3 x
+/// 3 pixels, and what the haze has added of the atmospheric light is taken off. That light is given for each channel,
+/// by its slot, in units of the image. The outermost pixels have no full neighbourhood and are not written; in a `dst`
+/// that the call has created they are 0.
+VEXA_API VexaStatus dehaze(const VexaImage& src, VexaImage& dst, int max0, int max1, int max2,
+                           const VexaStream& stream = VexaStream(false));
+
+/// Brightens a dark image by removing the haze from its negative. The outermost pixels are the negative of `src`.
+VEXA_API VexaStatus lowlight(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Colour mixes
+/// 8u, 16u and 32f with 3 channels, by their slots. An empty `dst` is created; any other must have the size, channels
+/// and depth of `src`. Both run in place.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels of `src`;
+///         VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that does not match; VEXA_DEPTH_NOT_SUPPORTED_ERROR for other
+///         types (an empty `dst` has been created by then)
+/// @{
+
+/// Each channel becomes a weighted sum of all three and an offset. Integers saturate to the data bits of `src` and are
+/// truncated. Returns without waiting.
+///
+/// @param coeffs three rows of four floats in host memory, a row for each channel of the result: the weights of
+///               channels 0, 1 and 2, and the offset
+/// @return also VEXA_NULL_POINTER_ERROR for no `coeffs`
+VEXA_API VexaStatus channelMix(const VexaImage& src, VexaImage& dst, float* coeffs,
+                               const VexaStream& stream = VexaStream(false));
+
+/// Takes off a colour cast: a mix that adds shares of channel 1, by how far the means of the channels lie apart.
+/// Differences of means are divided by 255 whatever the type. Waits for the means.
+VEXA_API VexaStatus autoColor(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Tone curves
+/// Functions of one element. An empty `dst` is created; any other must have the size, channels and depth of `src`,
+/// where nothing else is told. All run in place where the types allow it.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty source; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that does not
+///         match, and for other types where nothing else is told (an empty `dst` has been created by then)
+/// @{
+
+/// The power 1 / gamma of elements scaled to 0..1. 8u and 16u with 1 or 3 channels. Returns without waiting.
+VEXA_API VexaStatus gammaCorrect(const VexaImage& src, VexaImage& dst, const Vexa32f gamma,
+                                 const VexaStream& stream = VexaStream(false));
+
+/// c * ln(1 + element) as 32f, of 8u, 16u or 32f with 1 or 3 channels. Returns without waiting.
+/// @return VEXA_DEPTH_NOT_SUPPORTED_ERROR for other types, and for a `dst` of another depth than 32
+VEXA_API VexaStatus logTransform(const VexaImage& src, VexaImage& dst, const Vexa32f c,
+                                 const VexaStream& stream = VexaStream(false));
+
+/// Stretches the range of each channel of an 8u image with 1 or 3 channels, from its own darkest and brightest element
+/// to LOW_OUT..HIGH_OUT. Only elements strictly between LOW_IN and HIGH_IN take part; the others stay. All four are
+/// fractions of full scale, one a channel. Waits for the device.
+VEXA_API VexaStatus adjust(VexaImage& srcDst, const VexaScalar& LOW_IN, const VexaScalar& HIGH_IN,
+                           const VexaScalar& LOW_OUT, const VexaScalar& HIGH_OUT,
+                           const VexaStream& stream = VexaStream(false));
+
+/// Replaces each element by the entry of a table in device memory, an image of one row. 8u with 1 or 3 channels, by a
+/// table of 8u: with 1 channel 256 entries that serve all channels, with 3 channels a width of 768, of which pixel v
+/// holds the entries of value v (an image of 1 channel reads the first 256 elements of it instead). 16u with 1 channel,
+/// by a table of the same type, whose last entry serves the values past it. `dst` must have the type of `src`. Returns
+/// without waiting.
+///
+/// @return VEXA_INVALID_ARG_ERROR for a `mapping` of another height, width or type; VEXA_NOT_SUPPORTED_MODE_ERROR
+///         for one of another depth than `src`; VEXA_TYPE_NOT_SUPPORTED_ERROR for other types of `src`
+VEXA_API VexaStatus LUT(const VexaImage& src, const VexaImage& mapping, VexaImage& dst,
+                        const VexaStream& stream = VexaStream(false));
+
+/// Replaces the elements of three-channel pixels, 8u or 16u, by tables in host memory for slots 0, 1 and 2, bounded to
+/// the data bits of `src`. Each table has 1 << dataBits entries, the last of which serves the values past it. Of `dst`
+/// the size alone is compared; what does not fit both images is not mapped. Waits for the device.
+/// @return VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths
+VEXA_API VexaStatus blackGammaLUT(const VexaImage& src, VexaImage& dst, Vexa16u* redLUT, Vexa16u* greenLUT,
+                                  Vexa16u* blueLUT, const VexaStream& stream = VexaStream(false));
+
+/// Equalises the histogram of an 8u image with 1 channel: each element becomes the share of the elements up to it,
+/// times 255 and rounded. Waits for the device.
+/// @return VEXA_TYPE_NOT_SUPPORTED_ERROR for other types
+VEXA_API VexaStatus histEq(const VexaImage& src, VexaImage& dst, const VexaStream& stream = VexaStream(false));
+/// @}
+
+/// @name Sensors and masks
+/// An empty `dst` is created; any other must have the size, channels and depth of `src`, where nothing else is told.
+/// They return without waiting and run in place where the types allow it.
+///
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty `src`; VEXA_NOT_SUPPORTED_MODE_ERROR for a `dst` that does not
+///         match; for other types what the function tells (an empty `dst` has been created by then)
+/// @{
+
+/// Flat-field correction: (src - black) * gain / (white - black), truncated to the low bits of an element and then
+/// bounded to the data bits of `src`. 8u with 1 channel (of others, the first elements of each row, as many as the
+/// width counts) and 16u with 1 or 3. Of `dst` the size alone is compared. The references are read in the layout of
+/// `src`; what does not fit all images is not written, and 0 in a `dst` that the call has created.
+/// @return VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels; VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths
+VEXA_API VexaStatus FPNCorrection(const VexaImage& src, VexaImage& dst, const VexaImage& white, const VexaImage& black,
+                                  const Vexa32f gain, const VexaStream& stream = VexaStream(false));
+
+/// Adds a black image to an image, byte by byte over the buffers. Sums wrap. As many bytes as all three images hold. An
+/// error that the device's runtime keeps before or after is told on the standard output.
+/// @return VEXA_SUCCESS
+VEXA_API VexaStatus fpn(VexaImage& output, const VexaImage& input, const VexaImage& blackImage);
+
+/// Replaces what lies outside margins by a colour. 8u and 16u with 1 or 3 channels.
+///
+/// @param mask an element for each channel, in units of the image and truncated; one-channel images read the first
+/// @return VEXA_NULL_POINTER_ERROR for no `mask`; VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths;
+///         VEXA_INVALID_ARG_ERROR for margins that overlap; VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels
+VEXA_API VexaStatus borderMask(const VexaImage& src, VexaImage& dst, const Vexa32s top, const Vexa32s bottom,
+                               const Vexa32s left, const Vexa32s right, const Vexa32f* mask,
+                               const VexaStream& stream = VexaStream(false));
+
+/// Keeps the pixels in which one primary exceeds both others by more than `threshold`, from 0 to 255, and turns all
+/// others gray. 8 bits, 3 channels, of sequence BGR.
+/// @return VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels; VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths;
+///         VEXA_NOT_SUPPORTED_MODE_ERROR for another sequence
+VEXA_API VexaStatus colorPick(const VexaImage& src, VexaImage& dst, const VexaColor color, const Vexa32f threshold,
+                              const VexaStream& stream = VexaStream(false));
+
+/// 255 where the element, or the gray of a colour, reaches `threshold` times 255, else 0, into 1 channel. 8u with 1
+/// channel or 3; a colour image of another sequence than RGB and BGR leaves `dst` as it is. `threshold` is bounded to
+/// 0..1.
+/// @return VEXA_CHANNEL_NOT_SUPPORTED_ERROR for a `dst` of more than 1 channel; VEXA_NOT_SUPPORTED_MODE_ERROR for other
+///         types
+VEXA_API VexaStatus imageBinary(const VexaImage& src, VexaImage& dst, const Vexa32f threshold,
+                                const VexaStream& stream = VexaStream(false));
 /// @}
 
 /// @name Packed video
@@ -260,6 +398,55 @@ template <VexaBayerSeq seq>
 VEXA_API VexaStatus vexa_demosaic_DFPD_simple_16u_fast(Vexa16u* src, Vexa16u* dst, Vexa32s width, Vexa32s height,
                                                        Vexa32s spitch, Vexa32s dpitch, Vexa32s databits, bool refine,
                                                        cudaStream_t stream);
+/// @}
+
+/// @name Workers of the photometric operations, on device pointers
+/// Width in pixels, pitches in bytes; one pitch serves all images. Tables, coefficients and masks are in host memory.
+/// @return VEXA_SUCCESS, and what is told for the operation
+/// @{
+VEXA_API VexaStatus vexa_dehaze_8u(Vexa8u* src, Vexa8u* dst, int max0, int max1, int max2, Vexa32s width,
+                                   Vexa32s height, Vexa32s pitch, cudaStream_t stream);
+VEXA_API VexaStatus vexa_dehaze_16u(Vexa16u* src, Vexa16u* dst, int max0, int max1, int max2, Vexa32s width,
+                                    Vexa32s height, Vexa32s pitch, cudaStream_t stream);
+VEXA_API VexaStatus vexa_colorTwist_8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                       float* coeffs, Vexa32s dataBits, cudaStream_t stream);
+VEXA_API VexaStatus vexa_colorTwist_16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                        float* coeffs, Vexa32s dataBits, cudaStream_t stream);
+VEXA_API VexaStatus vexa_colorTwist_32f(Vexa32f* pSrc, Vexa32f* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                        float* coeffs, Vexa32s dataBits, cudaStream_t stream);
+VEXA_API VexaStatus vexa_adjust_8u_C1(Vexa8u* pSrcDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                      const VexaScalar& LOW_IN, const VexaScalar& HIGH_IN, const VexaScalar& LOW_OUT,
+                                      const VexaScalar& HIGH_OUT, cudaStream_t stream);
+VEXA_API VexaStatus vexa_adjust_8u_C3(Vexa8u* pSrcDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                      const VexaScalar& LOW_IN, const VexaScalar& HIGH_IN, const VexaScalar& LOW_OUT,
+                                      const VexaScalar& HIGH_OUT, cudaStream_t stream);
+VEXA_API VexaStatus vexaBlackGammaLUT8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa16u* redLUT, Vexa16u* greenLUT,
+                                        Vexa16u* blueLUT, VexaSize imgSize, Vexa32s pitch, Vexa32s dataBits,
+                                        cudaStream_t stream);
+VEXA_API VexaStatus vexaBlackGammaLUT16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa16u* redLUT, Vexa16u* greenLUT,
+                                         Vexa16u* blueLUT, VexaSize imgSize, Vexa32s pitch, Vexa32s dataBits,
+                                         cudaStream_t stream);
+VEXA_API VexaStatus vexa_histEq_8u_C1(Vexa8u* src, Vexa8u* dst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                      cudaStream_t stream);
+VEXA_API VexaStatus vexaFPNCorrection8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa8u* whiteImage, Vexa8u* blackImage,
+                                        VexaSize imgSize, Vexa32s pitch, Vexa32f gain, cudaStream_t stream);
+VEXA_API VexaStatus vexaFPNCorrection16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa16u* whiteImage, Vexa16u* blackImage,
+                                         VexaSize imgSize, Vexa32s pitch, Vexa32s channels, Vexa32f gain,
+                                         Vexa32s dataBits, cudaStream_t stream);
+VEXA_API VexaStatus vexa_borderMask_8u(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                       Vexa32s channels, Vexa32s top, Vexa32s bottom, Vexa32s left, Vexa32s right,
+                                       const Vexa32f* mask, cudaStream_t stream);
+VEXA_API VexaStatus vexa_borderMask_16u(Vexa16u* pSrc, Vexa16u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                        Vexa32s channels, Vexa32s top, Vexa32s bottom, Vexa32s left, Vexa32s right,
+                                        const Vexa32f* mask, cudaStream_t stream);
+VEXA_API VexaStatus vexa_colorPick_8u_c3(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                         VexaColor color, Vexa32f threshold, VexaChannelSeq sequence,
+                                         cudaStream_t stream);
+VEXA_API VexaStatus vexa_imageBinary_8u_C1(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s pitch,
+                                           Vexa32f threshold, cudaStream_t stream);
+VEXA_API VexaStatus vexa_imageBinary_8u_C3(Vexa8u* pSrc, Vexa8u* pDst, Vexa32s width, Vexa32s height, Vexa32s srcPitch,
+                                           Vexa32s dstPitch, Vexa32f threshold, VexaChannelSeq sequence,
+                                           cudaStream_t stream);
 /// @}
 
 /// @name Workers of packed video, on device pointers

@@ -103,6 +103,13 @@ Device describeDevice(int device);  ///< zeros if it can't be asked
 [[nodiscard]] VexaStatus selectDevice(int device);  ///< VEXA_INVALID_DEVICE_ERROR
 void resetDevice();
 [[nodiscard]] VexaStatus synchronizeDevice();  ///< VEXA_UNKNOWN_ERROR
+
+/// An error of an earlier call that the device's runtime keeps. Asking leaves it there.
+struct PendingError {
+    int number;  ///< 0 for none
+    const char* text;
+};
+PendingError pendingError();
 /// @}
 
 /// @name Statistics

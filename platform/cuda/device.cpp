@@ -85,4 +85,10 @@ VexaStatus synchronizeDevice()
     return cudaDeviceSynchronize() == cudaSuccess ? VEXA_SUCCESS : VEXA_UNKNOWN_ERROR;
 }
 
+PendingError pendingError()
+{
+    const cudaError_t error = cudaPeekAtLastError();
+    return {static_cast<int>(error), cudaGetErrorString(error)};
+}
+
 }  // namespace vexa::platform

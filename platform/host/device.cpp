@@ -70,4 +70,9 @@ VexaStatus synchronizeDevice()
     return fault::strikes(fault::Call::synchronizeDevice) ? VEXA_UNKNOWN_ERROR : VEXA_SUCCESS;
 }
 
+PendingError pendingError()
+{
+    return fault::strikes(fault::Call::pendingError) ? PendingError{1, "an injected fault"} : PendingError{0, ""};
+}
+
 }  // namespace vexa::platform

@@ -20,6 +20,7 @@ enum class Call {
     currentDevice,
     deviceCount,
     synchronizeDevice,
+    pendingError,
     scratchSize,
     statistic,
     resize,
