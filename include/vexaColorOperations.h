@@ -226,9 +226,9 @@ VEXA_API VexaStatus histEq(const VexaImage& src, VexaImage& dst, const VexaStrea
 ///         match; for other types what the function tells (an empty `dst` has been created by then)
 /// @{
 
-/// Flat-field correction: (src - black) * gain / (white - black), truncated to the low bits of an element and then
-/// bounded to the data bits of `src`. 8u with 1 channel (of others, the first elements of each row, as many as the
-/// width counts) and 16u with 1 or 3. Of `dst` the size alone is compared. The references are read in the layout of
+/// Flat-field correction: (src - black) * gain / (white - black), truncated to the low bits of an element and then,
+/// of 16u, bounded to the data bits of `src`. 8u with 1 channel (of others, the first elements of each row, as many as
+/// the width counts) and 16u with 1 or 3. Of `dst` the size alone is compared. The references are read in the layout of
 /// `src`; what does not fit all images is not written, and 0 in a `dst` that the call has created.
 /// @return VEXA_CHANNEL_NOT_SUPPORTED_ERROR for other channels; VEXA_DEPTH_NOT_SUPPORTED_ERROR for other depths
 VEXA_API VexaStatus FPNCorrection(const VexaImage& src, VexaImage& dst, const VexaImage& white, const VexaImage& black,

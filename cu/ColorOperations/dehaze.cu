@@ -221,7 +221,7 @@ struct Dehaze {
     }
 };
 
-/// What inverting, dehazing and inverting again gives, in half of the time.
+/// What inverting, dehazing and inverting again gives, without the two copies and passes of that.
 struct Brighten {
     const VexaImage& src;
     VexaImage& dst;

@@ -94,8 +94,7 @@ VEXA_KERNEL kernel_lut_8u(Vexa8u* src, Vexa8u* dst, int width, int height, int p
 VEXA_KERNEL kernel_lut_16u(Vexa16u* src, Vexa16u* dst, int width, int height, int pitch, Vexa16u* redLUT,
                            Vexa16u* greenLUT, Vexa16u* blueLUT, Vexa16u minVal, Vexa16u maxVal)
 {
-    mapPixels(width, height, Interleaved<u16, 3>{dst, pitch},
-              BoundedEntries{redLUT, greenLUT, blueLUT, minVal, maxVal},
+    mapPixels(width, height, Interleaved<u16, 3>{dst, pitch}, BoundedEntries{redLUT, greenLUT, blueLUT, minVal, maxVal},
               Interleaved<u16, 3>{src, pitch});
 }
 
