@@ -205,9 +205,7 @@ VexaStatus NOT(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
 VexaStatus SHL(const VexaImage& src, const int value, VexaImage& dst, const VexaStream& stream)
 {
     if (const VexaStatus failed = initialized(src)) return failed;
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     return dispatchConstant<operation::shiftLeft>(src, value, dst, stream);
 }
 

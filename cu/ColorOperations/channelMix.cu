@@ -77,11 +77,6 @@ struct MixChannels {
     }
 };
 
-[[nodiscard]] VexaStatus matchOrCreateColor(VexaImage& dst, const VexaImage& src)
-{
-    return matchOrCreate(dst, src, {same::width, same::height, same::channels, same::depth}, src.size(), src.type());
-}
-
 }  // namespace
 
 namespace vexa::colorOperations {
@@ -90,7 +85,7 @@ VexaStatus channelMix(const VexaImage& src, VexaImage& dst, float* coeffs, const
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = hasThreeChannels(src)) return failed;
-    if (const VexaStatus failed = matchOrCreateColor(dst, src)) return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     return dispatch(AllTypes{}, Channels<3>{}, VEXA_DEPTH_NOT_SUPPORTED_ERROR,
                     MixChannels{src, dst, coeffs, handle(stream)}, src);
 }
@@ -99,10 +94,9 @@ VexaStatus autoColor(const VexaImage& src, VexaImage& dst, const VexaStream& str
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = hasThreeChannels(src)) return failed;
-    if (const VexaStatus failed = matchOrCreateColor(dst, src)) return failed;
-    MixRows balance;
-    setToBalance(balance, src);
-    return channelMix(src, dst, balance[0], stream);
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
+    LinearCoefficients balance = balanceOf(src);
+    return channelMix(src, dst, balance.row[0], stream);
 }
 
 }  // namespace vexa::colorOperations

@@ -5,6 +5,7 @@
 #include "arithmetic.h"
 #include "checks.h"
 #include "dispatch.h"
+#include "pitch.h"
 #include "windows.h"
 
 using namespace vexa;
@@ -72,8 +73,8 @@ VEXA_DEVICE float perTransmission(const Window& dark, float highest, std::index_
     (take(dark(static_cast<int>(I / 3) - 1, static_cast<int>(I % 3) - 1)), ...);
     const float mean = sum * 0.111111112F;
     const float haze = dark(0, 0) >= mean ? mean : least;
-    constexpr float retained = -0.8F;
-    const float transmission = multiplyAdd(retained, haze, 1.0F);
+    // Not fused: haze of 5/4 lets nothing through, neither a little nor less than that.
+    const float transmission = 1.0F - 0.8F * haze;
     return reciprocal(transmission < 1.0F ? transmission : 1.0F);
 }
 
@@ -208,7 +209,7 @@ struct Dehaze {
     const VexaImage& src;
     VexaImage& dst;
     Light light;
-    platform::Stream stream;
+    const VexaStream& stream;
 
     VexaStatus operator()(ChannelCount<3>, Row<u8>) const { return call(vexa_dehaze_8u); }
     VexaStatus operator()(ChannelCount<3>, Row<u16>) const { return call(vexa_dehaze_16u); }
@@ -216,8 +217,10 @@ struct Dehaze {
     template <typename T>
     VexaStatus call(VexaStatus (*worker)(T*, T*, int, int, int, int, int, int, cudaStream_t)) const
     {
-        return worker(src.ptr<T>(), dst.ptr<T>(), light.slot[0], light.slot[1], light.slot[2], src.width(),
-                      rowsInside(dst, src), src.pitch(), stream);
+        return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {
+            return worker(src.ptr<T>(), to.ptr<T>(), light.slot[0], light.slot[1], light.slot[2], src.width(),
+                          src.height(), src.pitch(), handle(stream));
+        });
     }
 };
 
@@ -225,25 +228,21 @@ struct Dehaze {
 struct Brighten {
     const VexaImage& src;
     VexaImage& dst;
-    platform::Stream stream;
+    const VexaStream& stream;
 
     template <typename T>
-    void operator()(ChannelCount<3>, Row<T>) const
+    VexaStatus operator()(ChannelCount<3>, Row<T>) const
     {
-        const int width = src.width();
-        const int height = rowsInside(dst, src);
-        const VexaImage dark(width, height, VEXA_32FC1);
-        launch(darkOfNegative<T>, pixelExtent(width, height), stream, src.ptr<T>(), dark.ptr<f32>(), width, height,
-               pitchOf<T>(src), pitchOf<f32>(dark));
-        launch(recoverNegative<T>, Extent{width, height}, stream, src.ptr<T>(), dst.ptr<T>(), dark.ptr<f32>(), width,
-               height, pitchOf<T>(src), pitchOf<f32>(dark));
+        return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {
+            const VexaImage dark(src.width(), src.height(), VEXA_32FC1);
+            launch(darkOfNegative<T>, pixelExtent(src.width(), src.height()), handle(stream), src.ptr<T>(),
+                   dark.ptr<f32>(), src.width(), src.height(), pitchOf<T>(src), pitchOf<f32>(dark));
+            launch(recoverNegative<T>, Extent{src.width(), src.height()}, handle(stream), src.ptr<T>(), to.ptr<T>(),
+                   dark.ptr<f32>(), src.width(), src.height(), pitchOf<T>(src), pitchOf<f32>(dark));
+            return VEXA_SUCCESS;
+        });
     }
 };
-
-[[nodiscard]] VexaStatus matchOrCreateColor(VexaImage& dst, const VexaImage& src)
-{
-    return matchOrCreate(dst, src, {same::width, same::height, same::channels, same::depth}, src.size(), src.type());
-}
 
 /// The ring that dehaze does not write.
 void clearRing(VexaImage& image, platform::Stream stream)
@@ -271,19 +270,18 @@ VexaStatus dehaze(const VexaImage& src, VexaImage& dst, int max0, int max1, int 
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = hasThreeChannels(src)) return failed;
     const bool creates = !dst.isInitialized();
-    if (const VexaStatus failed = matchOrCreateColor(dst, src)) return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     if (creates && dst.isInitialized()) clearRing(dst, handle(stream));
     return dispatch(IntegerTypes{}, Channels<3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR,
-                    Dehaze{src, dst, {{max0, max1, max2}}, handle(stream)}, src);
+                    Dehaze{src, dst, {{max0, max1, max2}}, stream}, src);
 }
 
 VexaStatus lowlight(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = hasThreeChannels(src)) return failed;
-    if (const VexaStatus failed = matchOrCreateColor(dst, src)) return failed;
-    return dispatch(IntegerTypes{}, Channels<3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR, Brighten{src, dst, handle(stream)},
-                    src);
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
+    return dispatch(IntegerTypes{}, Channels<3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR, Brighten{src, dst, stream}, src);
 }
 
 }  // namespace vexa::colorOperations

@@ -138,7 +138,9 @@ VexaStatus fpn(VexaImage& output, const VexaImage& input, const VexaImage& black
 {
     const long long bytes = std::min({pitchedBytes(output), bytesOf(input), bytesOf(blackImage)});
     printPendingError("FPN before ");
-    launch(fpnCUDA, itemExtent(bytes), nullptr, output.ptr<u8>(), input.ptr<u8>(), blackImage.ptr<u8>(), bytes);
+    const int runs = static_cast<int>(bytes / runBytes) + 1;
+    launch(fpnCUDA, elementExtent<1, u8>(runBytes, runs), nullptr, output.ptr<u8>(), input.ptr<u8>(),
+           blackImage.ptr<u8>(), bytes);
     printPendingError("FPN kernel ");
     return VEXA_SUCCESS;
 }

@@ -6,6 +6,7 @@
 #include "bytes.h"
 #include "checks.h"
 #include "count.h"
+#include "pitch.h"
 #include "streams.h"
 #include "temporaries.h"
 #include "vexaImageStatistics.h"
@@ -47,6 +48,7 @@ VexaStatus vexa_histEq_8u_C1(Vexa8u* src, Vexa8u* dst, Vexa32s width, Vexa32s he
     VexaHistogram counts(VEXA_8UC1, VEXA_PTR_DEVICE);
     Vexa8u* lut = nullptr;
     (void)allocateElements(lut, byteValues);
+    (void)platform::setBytes({lut, byteValues}, 0, {byteValues, 1}, stream);
     (void)vexa_get_hist_8u(src, counts, width, height, pitch, 1, stream);
     const float pixels = static_cast<float>(width) * static_cast<float>(height);
     launch(kernel_equalize, Extent{blockSide, blockSide}, stream, counts.hist(), lut, 1.0F / pixels);
@@ -61,11 +63,10 @@ VexaStatus histEq(const VexaImage& src, VexaImage& dst, const VexaStream& stream
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (src.type() != VEXA_8UC1) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
-    return vexa_histEq_8u_C1(src.ptr<u8>(), dst.ptr<u8>(), src.width(), rowsInside(dst, src), src.pitch(),
-                             handle(stream));
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
+    return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {
+        return vexa_histEq_8u_C1(src.ptr<u8>(), to.ptr<u8>(), src.width(), src.height(), src.pitch(), handle(stream));
+    });
 }
 
 }  // namespace vexa::colorOperations

@@ -194,12 +194,6 @@ struct FromLab {
     VexaStatus operator()(ChannelCount<3>, Row<f32>) const { return conversion.by(vexa_LabToRgb_32f_C3); }
 };
 
-/// The checks that both directions share behind that of the channels.
-[[nodiscard]] VexaStatus matchOrCreateLike(VexaImage& dst, const VexaImage& src)
-{
-    return matchOrCreate(dst, src, {same::channels, same::width, same::height, same::depth}, src.size(), src.type());
-}
-
 }  // namespace
 
 namespace vexa::colorOperations {

@@ -5,7 +5,9 @@
 #include "arithmetic.h"
 #include "border.h"
 #include "checks.h"
+#include "clip.h"
 #include "dispatch.h"
+#include "pitch.h"
 #include "sequence.h"
 
 using namespace vexa;
@@ -215,16 +217,15 @@ VexaStatus borderMask(const VexaImage& src, VexaImage& dst, const Vexa32s top, c
     if (const VexaStatus failed = matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels},
                                                 src.size(), src.depth(), src.channels()))
         return failed;
-    // Rows that the buffer of the destination can't hold come off the bottom margin.
-    const int rows = rowsInside(dst, src);
-    const int lowest = bottom - (src.height() - rows);
-    if (src.depth() == 8)
-        return vexa_borderMask_8u(src.ptr<u8>(), dst.ptr<u8>(), src.width(), rows, src.pitch(), src.channels(), top,
-                                  lowest, left, right, mask, handle(stream));
-    if (src.depth() == 16)
-        return vexa_borderMask_16u(src.ptr<u16>(), dst.ptr<u16>(), src.width(), rows, src.pitch(), src.channels(), top,
-                                   lowest, left, right, mask, handle(stream));
-    return VEXA_DEPTH_NOT_SUPPORTED_ERROR;
+    return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {
+        const auto call = [&](auto worker, auto* from, auto* into) {
+            return worker(from, into, src.width(), src.height(), src.pitch(), src.channels(), top, bottom, left, right,
+                          mask, handle(stream));
+        };
+        if (src.depth() == 8) return call(vexa_borderMask_8u, src.ptr<u8>(), to.ptr<u8>());
+        if (src.depth() == 16) return call(vexa_borderMask_16u, src.ptr<u16>(), to.ptr<u16>());
+        return VEXA_DEPTH_NOT_SUPPORTED_ERROR;
+    });
 }
 
 VexaStatus colorPick(const VexaImage& src, VexaImage& dst, const VexaColor color, const Vexa32f threshold,
@@ -244,9 +245,12 @@ VexaStatus imageBinary(const VexaImage& src, VexaImage& dst, const Vexa32f thres
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (dst.isInitialized() && dst.channels() != 1) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
+    const bool creates = !dst.isInitialized();
     if (const VexaStatus failed =
             matchOrCreate(dst, src, {same::width, same::height, same::depth}, src.size(), src.depth(), 1))
         return failed;
+    const bool isServed = src.channelSeq() == VEXA_CHANNEL_SEQ_RGB || src.channelSeq() == VEXA_CHANNEL_SEQ_BGR;
+    if (creates && !isServed && src.type() == VEXA_8UC3) clear(dst, handle(stream));
     const float fraction = std::clamp(threshold, 0.0F, 1.0F);
     if (src.type() == VEXA_8UC1)
         return vexa_imageBinary_8u_C1(src.ptr<u8>(), dst.ptr<u8>(), src.width(), rowsInside(dst, src), src.pitch(),

@@ -143,9 +143,7 @@ VexaStatus threshold(const VexaImage& src, VexaImage& dst, const VexaScalar& min
                      const VexaStream& stream)
 {
     if (const VexaStatus failed = initialized(src)) return failed;
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     return dispatch(ThresholdTypes{}, Channels<1, 3>{}, VEXA_NOT_SUPPORTED_MODE_ERROR,
                     Threshold{src, dst, minThresh, maxThresh, handle(stream)}, src);
 }

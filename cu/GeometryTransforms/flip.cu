@@ -100,9 +100,7 @@ VexaStatus flipImage(const VexaImage& src, VexaImage& dst, const VexaFlipType ty
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = notInPlace(src, dst)) return failed;
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     return dispatch(FlippedTypes{}, Channels<1, 3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR,
                     Flipping{src, dst, type, handle(stream)}, src);
 }

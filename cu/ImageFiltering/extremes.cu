@@ -7,7 +7,7 @@
 #include "arguments.h"
 #include "checks.h"
 #include "dispatch.h"
-#include "layout.h"
+#include "pitch.h"
 
 using namespace vexa;
 
@@ -163,9 +163,7 @@ VexaStatus pick(ToPick* ofOne, ToPick* ofThree, const VexaImage& src, VexaImage&
                 const VexaSize& filterSize, const VexaStream& stream)
 {
     if (const VexaStatus failed = initialized(src)) return failed;
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     if (src.type() != VEXA_8UC1 && src.type() != VEXA_8UC3) return VEXA_NOT_SUPPORTED_MODE_ERROR;
     ToPick* const worker = src.type() == VEXA_8UC1 ? ofOne : ofThree;
     return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {

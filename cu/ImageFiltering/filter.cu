@@ -7,7 +7,7 @@
 #include "checks.h"
 #include "correlate.h"
 #include "dispatch.h"
-#include "layout.h"
+#include "pitch.h"
 
 using namespace vexa;
 
@@ -250,7 +250,7 @@ struct FilterRectangle {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = notInPlace(src, dst)) return failed;
     if (const VexaStatus failed = fits(filter)) return failed;
-    return matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type());
+    return matchOrCreateLike(dst, src);
 }
 
 }  // namespace

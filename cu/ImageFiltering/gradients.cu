@@ -5,7 +5,7 @@
 
 #include "arguments.h"
 #include "checks.h"
-#include "layout.h"
+#include "pitch.h"
 #include "windows.h"
 
 using namespace vexa;

@@ -5,7 +5,7 @@
 #include "arguments.h"
 #include "checks.h"
 #include "dispatch.h"
-#include "layout.h"
+#include "pitch.h"
 #include "sorted_windows.h"
 
 using namespace vexa;
@@ -147,9 +147,7 @@ VexaStatus rank(Worker* ofOne, Worker* ofThree, const VexaImage& src, VexaImage&
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     const bool creates = !dst.isInitialized();
-    if (const VexaStatus failed =
-            matchOrCreate(dst, src, {same::width, same::height, same::depth, same::channels}, src.size(), src.type()))
-        return failed;
+    if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
     if (creates) dst.setChannelSequence(src.channelSeq());
     if (src.type() != VEXA_8UC1 && src.type() != VEXA_8UC3) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
     Worker* const worker = src.type() == VEXA_8UC1 ? ofOne : ofThree;

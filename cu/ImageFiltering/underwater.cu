@@ -5,6 +5,7 @@
 #include <array>
 
 #include "checks.h"
+#include "clip.h"
 #include "colorCast.h"
 #include "count.h"
 #include "streams.h"
@@ -61,36 +62,52 @@ int slotOf(int channel, VexaChannelSeq sequence)
     return sequence == VEXA_CHANNEL_SEQ_RGB ? 2 - channel : channel;
 }
 
-/// Takes the cast off, with the channels in the slots of `sequence`.
+/// Takes the cast off, with the channels in the slots of `sequence`. The mix addresses both images by the pitch of
+/// `src`.
 void balance(const VexaImage& src, VexaImage& balanced, VexaChannelSeq sequence)
 {
-    MixRows ofChannels;
-    setToBalance(ofChannels, src);
-    MixRows ofSlots;
+    (void)balanced.create(src.width(), src.height(), src.pitch(), src.depth(), src.channels());
+    const LinearCoefficients ofChannels = balanceOf(src);
+    LinearCoefficients ofSlots;
     for (int channel = 0; channel < 3; ++channel)
-        std::copy_n(ofChannels[channel], 4, ofSlots[slotOf(channel, sequence)]);
-    (void)colorOperations::channelMix(src, balanced, ofSlots[0], VexaStream(false));
+        std::copy_n(ofChannels.row[channel], 4, ofSlots.row[slotOf(channel, sequence)]);
+    (void)colorOperations::channelMix(src, balanced, ofSlots.row[0], VexaStream(false));
 }
 
-/// Stretches the contrast of each channel, unless one of them has no range: then `dst` is left alone, which is meant.
-void stretch(const VexaImage& src, VexaImage& dst, VexaChannelSeq sequence, const VexaStream& stream)
+/// Stretches the contrast of each channel.
+/// @return false where one of them has no range: then `dst` is left alone, which is meant
+bool stretch(VexaImage& image, VexaImage& dst, VexaChannelSeq sequence, const VexaStream& stream)
 {
     VexaHistogram counts(VEXA_8UC3, VEXA_PTR_HOST);
-    (void)imageStatistics::calcHist(src, counts, stream);
-    const auto pixels = static_cast<float>(static_cast<long long>(src.width()) * src.height());
+    (void)imageStatistics::calcHist(image, counts, stream);
+    const auto pixels = static_cast<float>(static_cast<long long>(image.width()) * image.height());
     // A pixel of a table holds the entries of all channels. LUT wants three times as many of them as it reads.
     std::array<Vexa8u, 3 * 3 * byteValues> entries = {};
     for (int channel = 0; channel < 3; ++channel) {
         const int slot = slotOf(channel, sequence);
         const float high = channel == 2 ? 0.9899F : 0.9699F;
         const Limits limits = limitsOf(counts.hist() + slot * byteValues, pixels * 1.01F / 100.0F, pixels * high);
-        if (!limits.haveRange()) return;
+        if (!limits.haveRange()) return false;
         const Table256 table = stretchOf(limits);
         for (std::size_t i = 0; i < table.size(); ++i) entries[3 * i + static_cast<std::size_t>(slot)] = table[i];
     }
     VexaImage mapping(3 * byteValues, 1, VEXA_8UC3);
     (void)mapping.upload(entries.data(), static_cast<int>(entries.size()), stream);
-    (void)colorOperations::LUT(src, mapping, dst, stream);
+    // LUT addresses both images by the pitch of its source.
+    const bool direct = image.pitch() == dst.pitch();
+    (void)colorOperations::LUT(image, mapping, direct ? dst : image, stream);
+    if (!direct) (void)image.copyTo(dst, {0, 0}, {0, 0, image.width(), image.height()}, stream);
+    return true;
+}
+
+/// @return false if `dst` is left alone
+bool enhance(const VexaImage& src, VexaImage& dst, const VexaStream& stream)
+{
+    const VexaChannelSeq sequence = dst.channelSeq();
+    if (sequence != VEXA_CHANNEL_SEQ_RGB && sequence != VEXA_CHANNEL_SEQ_BGR) return false;
+    VexaImage balanced;
+    balance(src, balanced, sequence);
+    return stretch(balanced, dst, sequence, stream);
 }
 
 }  // namespace
@@ -101,14 +118,11 @@ VexaStatus underwaterFilter(const VexaImage& src, VexaImage& dst, VexaEnhancemen
 {
     if (const VexaStatus failed = initialized(src)) return failed;
     if (src.type() != VEXA_8UC3) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
+    const bool creates = !dst.isInitialized();
     if (const VexaStatus failed =
             matchOrCreate(dst, src, {same::width, same::height, same::type}, src.size(), src.type()))
         return failed;
-    const VexaChannelSeq sequence = dst.channelSeq();
-    if (sequence != VEXA_CHANNEL_SEQ_RGB && sequence != VEXA_CHANNEL_SEQ_BGR) return VEXA_SUCCESS;
-    VexaImage balanced;
-    balance(src, balanced, sequence);
-    stretch(balanced, dst, sequence, stream);
+    if (!enhance(src, dst, stream) && creates) clear(dst, handle(stream));
     return VEXA_SUCCESS;
 }
 

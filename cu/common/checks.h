@@ -72,4 +72,10 @@ template <typename... Shape>
     return VEXA_SUCCESS;
 }
 
+/// matchOrCreate for a destination like its source.
+[[nodiscard]] inline VexaStatus matchOrCreateLike(VexaImage& dst, const VexaImage& src)
+{
+    return matchOrCreate(dst, src, {same::width, same::height, same::channels, same::depth}, src.size(), src.type());
+}
+
 }  // namespace vexa

@@ -3,27 +3,32 @@
 
 #pragma once
 
-#include <algorithm>
-
+#include "linearMap.h"
 #include "vexaCore.h"
 
 namespace vexa {
 
-/// Three rows of the weights of slots 0, 1 and 2 and an offset.
-using MixRows = float[3][4];
+/// Which mean is the highest, of several equal ones first 1, then 2; -1 where that can't be told.
+inline int strongestOf(const float (&mean)[3])
+{
+    if (mean[0] <= mean[1] && mean[1] >= mean[2]) return 1;
+    if (mean[1] <= mean[2] && mean[0] <= mean[2]) return 2;
+    return mean[0] >= mean[1] && mean[0] >= mean[2] ? 0 : -1;
+}
 
-/// Adds to each channel what its mean lacks of the highest one, always as a share of channel 1, also where that is
-/// itself the channel or the weakest. That is meant. Shares are differences over 255 whatever the type of the image.
-inline void setToBalance(MixRows& mix, const VexaImage& src)
+/// The mix that adds to each of the weaker channels what its mean lacks of the strongest one, always as a share of
+/// channel 1, also where that is the weakest or the channel itself. That is meant. Shares are differences over 255
+/// whatever the type of the image.
+inline LinearCoefficients balanceOf(const VexaImage& src)
 {
     VexaScalar means;
     (void)imageStatistics::mean(src, means, VexaStream(false));
     const float mean[] = {static_cast<float>(means[0]), static_cast<float>(means[1]), static_cast<float>(means[2])};
-    const float highest = std::max({mean[0], mean[1], mean[2]});
-    for (int i = 0; i < 3; ++i) {
-        for (int j = 0; j < 4; ++j) mix[i][j] = i == j ? 1.0F : 0.0F;
-        mix[i][1] += (highest - mean[i]) / 255.0F;
-    }
+    const int strongest = strongestOf(mean);
+    LinearCoefficients mix = {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+    for (int i = 0; i < 3; ++i)
+        if (strongest >= 0 && i != strongest) mix.row[i][1] += (mean[strongest] - mean[i]) / 255.0F;
+    return mix;
 }
 
 }  // namespace vexa

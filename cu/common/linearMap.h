@@ -43,29 +43,50 @@ private:
 
 }  // namespace detail
 
+#if defined(__CUDACC__)
+
 /// dst = the map of src, bounded to the range and truncated if it saturates.
 template <typename T, bool saturates>
 VEXA_DEVICE void mapLinearly(int width, int height, Interleaved<T, 3> dst, Interleaved<T, 3> src,
                              const LinearCoefficients& coefficients, Range range)
 {
-#if !defined(__CUDACC__)
-    if constexpr (saturates) {
-        if (range.lowest == 0.0F && platform::mixesRows(coefficients.row, Element<T>::max)) {
-            if (width < 1 || height < 1) return;
-            const auto highest = static_cast<T>(range.highest);
-            const auto count = static_cast<std::size_t>(width);
-            const auto body = [=](std::size_t begin, std::size_t end) {
-                for (std::size_t row = begin; row < end; ++row) {
-                    const int y = static_cast<int>(row);
-                    platform::mixRow(coefficients.row, highest, src.row(y).first, dst.row(y).first, count);
-                }
-            };
-            platform::parallelRanges(static_cast<std::size_t>(height), count * 6 * sizeof(T), body);
-            return;
-        }
-    }
-#endif
     mapPixels(width, height, dst, detail::LinearMap<T, saturates>{coefficients, range}, src);
 }
+
+#else
+
+namespace detail {
+
+/// By whole registers, row by row, from 0 to the highest value.
+template <typename T>
+void mixRows(int width, int height, Interleaved<T, 3> dst, Interleaved<T, 3> src,
+             const LinearCoefficients& coefficients, T highest)
+{
+    if (width < 1 || height < 1) return;
+    const auto pixels = static_cast<std::size_t>(width);
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        for (std::size_t row = begin; row < end; ++row) {
+            const int y = static_cast<int>(row);
+            platform::mixRow(coefficients.row, highest, src.row(y).first, dst.row(y).first, pixels);
+        }
+    };
+    platform::parallelRanges(static_cast<std::size_t>(height), pixels * 6 * sizeof(T), body);
+}
+
+}  // namespace detail
+
+/// dst = the map of src, bounded to the range and truncated if it saturates.
+template <typename T, bool saturates>
+inline void mapLinearly(int width, int height, Interleaved<T, 3> dst, Interleaved<T, 3> src,
+                        const LinearCoefficients& coefficients, Range range)
+{
+    if constexpr (saturates) {
+        if (range.lowest == 0.0F && platform::mixesRows(coefficients.row, Element<T>::max))
+            return detail::mixRows(width, height, dst, src, coefficients, static_cast<T>(range.highest));
+    }
+    mapPixels(width, height, dst, detail::LinearMap<T, saturates>{coefficients, range}, src);
+}
+
+#endif
 
 }  // namespace vexa

@@ -37,13 +37,6 @@ void lookUpEach(const ByteTables<N>& tables, const unsigned char* from, unsigned
 #define VEXA_PERMUTES_BYTES __attribute__((target("avx512f,avx512bw,avx512vbmi")))
 #define VEXA_INSIDE VEXA_PERMUTES_BYTES __attribute__((always_inline))
 
-bool permutesBytes()
-{
-    static const bool does =
-        __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
-    return does;
-}
-
 /// A table in four registers.
 struct Registers {
     __m512i part[4];
@@ -121,6 +114,17 @@ VEXA_PERMUTES_BYTES void lookUpWide(const ByteTables<N>& tables, const unsigned 
 #endif
 
 }  // namespace
+
+bool permutesBytes()
+{
+#if defined(__x86_64__)
+    static const bool does = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                             __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vl");
+    return does;
+#else
+    return false;
+#endif
+}
 
 template <int N>
 void lookUp(const ByteTables<N>& tables, const unsigned char* from, unsigned char* to, std::size_t count)

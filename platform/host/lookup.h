@@ -8,6 +8,9 @@
 
 namespace vexa::platform {
 
+/// Whether the processor permutes the bytes of a register of 64 (AVX-512 VBMI).
+bool permutesBytes();
+
 /// N tables, which serve the bytes of a row in turn.
 template <int N>
 struct ByteTables {

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "lookup.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -134,11 +136,11 @@ struct Pixels<std::uint16_t> {
     {
         constexpr __mmask32 lowWords = 0x55555555;
         const std::uint64_t mask = bits(available);
-        const bool all = available >= 64;
+        const bool whole = available >= 64;
         const __m512i low =
-            all ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask), from);
-        const __m512i high = all ? _mm512_loadu_si512(from + 32)
-                                 : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask >> 32), from + 32);
+            whole ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask), from);
+        const __m512i high = whole ? _mm512_loadu_si512(from + 32)
+                                   : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(mask >> 32), from + 32);
         return {{_mm512_maskz_permutex2var_epi16(lowWords, low, apart[0], high),
                  _mm512_maskz_permutex2var_epi16(lowWords, low, apart[1], high),
                  _mm512_maskz_permutex2var_epi16(lowWords, low, apart[2], high)}};
@@ -175,13 +177,6 @@ VEXA_MIXES_ROWS void mixPixels(const MixRows& rows, T highest, const T* from, T*
         if (count - i > step) ahead = format.load(from + i + step, count - i - step);
         format.store(to + i, std::min(step, count - i), mixed(weights, current));
     }
-}
-
-bool permutesBytes()
-{
-    static const bool does = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                             __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vl");
-    return does;
 }
 
 }  // namespace
