@@ -80,10 +80,10 @@ public:
     static VexaFilter average(const VexaSize& size);
 
     /// Samples of a Gaussian around the middle of the filter, half a pixel apart from its pixels for an even size.
-    /// Their sum is 1.
+    /// Their sum is 1, unless all of them are too small to be divided by it.
     static VexaFilter gaussian(const VexaSize& size, float sigma);
 
-    /// 3 by 3; alpha, from 0 to 1, shifts weight from the edges to the corners.
+    /// 3 by 3; alpha, clamped to 0..1, shifts weight from the edges to the corners.
     static VexaFilter laplacian(float alpha);
 
     static VexaFilter sobel();    ///< rows 1 2 1, 0 0 0, -1 -2 -1
@@ -158,8 +158,9 @@ VEXA_API VexaStatus imageGradients(const VexaImage& src, VexaImage& gradX, VexaI
 ///         width, height, depth or channels
 /// @{
 
-/// The smallest or largest element of a window around each pixel of the rectangle, with the rectangle's edge repeated;
-/// other pixels are copied. The window is filterSize.height wide and filterSize.width high, while its first pixel is
+/// The smallest or largest element of a window around each pixel of the rectangle, with the rectangle's edge
+/// repeated, by elements as in imageFilter; other pixels are copied. The window is filterSize.height wide and
+/// filterSize.width high, while its first pixel is
 /// ((1 - filterSize.width) / 2, (1 - filterSize.height) / 2) away: the two differ where it is not square. A window
 /// without pixels gives 255 or 0. Runs in place, by way of a copy of the rectangle; else returns without waiting.
 ///

@@ -5,6 +5,7 @@
 #include "checks.h"
 #include "dispatch.h"
 #include "mirror.h"
+#include "pitch.h"
 
 using namespace vexa;
 
@@ -83,12 +84,14 @@ struct Flipping {
     const VexaImage& src;
     VexaImage& dst;
     VexaFlipType type;
-    platform::Stream stream;
+    const VexaStream& stream;
 
     template <int C, typename T>
     VexaStatus operator()(ChannelCount<C>, Row<T>) const
     {
-        return flip<C>(src.ptr<T>(), dst.ptr<T>(), src.width(), rowsInside(dst, src), src.pitch(), type, stream);
+        return withPitch(dst, src.pitch(), stream, [&](VexaImage& to) {
+            return flip<C>(src.ptr<T>(), to.ptr<T>(), src.width(), src.height(), src.pitch(), type, handle(stream));
+        });
     }
 };
 
@@ -101,8 +104,8 @@ VexaStatus flipImage(const VexaImage& src, VexaImage& dst, const VexaFlipType ty
     if (const VexaStatus failed = initialized(src)) return failed;
     if (const VexaStatus failed = notInPlace(src, dst)) return failed;
     if (const VexaStatus failed = matchOrCreateLike(dst, src)) return failed;
-    return dispatch(FlippedTypes{}, Channels<1, 3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR,
-                    Flipping{src, dst, type, handle(stream)}, src);
+    return dispatch(FlippedTypes{}, Channels<1, 3>{}, VEXA_TYPE_NOT_SUPPORTED_ERROR, Flipping{src, dst, type, stream},
+                    src);
 }
 
 }  // namespace vexa::geometryTransforms

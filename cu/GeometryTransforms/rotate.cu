@@ -190,6 +190,8 @@ struct Rotating {
 VexaStatus rotateInto(const VexaImage& src, VexaImage& dst, float angle, const VexaPoint2D<int>& center,
                       const VexaPoint2D<float>& offset, const VexaStream& stream)
 {
+    // In place pixels would be overwritten that others still read.
+    if (&src == &dst) return rotateInto(VexaImage(src), dst, angle, center, offset, stream);
     return dispatch(RotatedTypes{}, Channels<1, 3>{}, VEXA_NOT_SUPPORTED_MODE_ERROR,
                     Rotating{src, dst, angle, center, offset, handle(stream)}, src);
 }
@@ -251,7 +253,7 @@ VexaStatus rotateNoCrop(const VexaImage& src, VexaImage& dst, const Vexa32f angl
     const int height = src.height();
     const VexaSize frame = frameOf(width, height, angle);
     // One image as both loses its pixels here; that is meant.
-    if (dst.isInitialized()) (void)dst.release();
+    if (dst.isInitialized() && dst.release()) return VEXA_MEM_ALLOC_ERR;
     if (dst.create(frame, src.type())) return VEXA_MEM_ALLOC_ERR;
     const VexaPoint2D<int> center(static_cast<int>(static_cast<float>(width) * 0.5F),
                                   static_cast<int>(static_cast<float>(height) * 0.5F));

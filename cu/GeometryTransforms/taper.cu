@@ -40,6 +40,7 @@ struct Taper {
     VEXA_DEVICE u8 operator()(u8 edge, double distance) const
     {
         const double square = distance * distance;
+        // At the edge itself nothing has faded, however narrow the image is.
         const double share = square > 0 ? sqrt(square / reach) : 0;
         const double value = reach >= square ? edge - (edge - mean) * share : mean;
         const double notNegative = value > 0 ? value : 0;

@@ -246,14 +246,14 @@ inline bool demosaicAtOnce(const FetchZero<T>& src, Interleaved<T, 3> dst, int m
     using Tile = detail::DirectionalTile<Sites, T>;
     constexpr int tileWidth = 2 * Tile::pairs;
     constexpr int tileHeight = 128;
-    const int columns = (src.width + tileWidth - 1) / tileWidth;
-    const int tiles = (src.height + tileHeight - 1) / tileHeight;
+    const int columns = (src.width - 1) / tileWidth + 1;
+    const int tiles = (src.height - 1) / tileHeight + 1;
     const auto body = [=](std::size_t begin, std::size_t end) {
         Tile tile(src, dst, maxVal);
         for (std::size_t i = begin; i < end; ++i) {
             const int top = static_cast<int>(i / static_cast<std::size_t>(columns)) * tileHeight;
             tile.demosaic(static_cast<int>(i % static_cast<std::size_t>(columns)) * tileWidth, top,
-                          std::min(top + tileHeight, src.height));
+                          top + std::min(tileHeight, src.height - top));
         }
     };
     constexpr std::size_t bytesPerTile = std::size_t{tileWidth} * tileHeight * 4;

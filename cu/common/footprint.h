@@ -58,7 +58,8 @@ struct Tiling {
         const auto across = static_cast<std::size_t>(columns());
         const int left = area.left + static_cast<int>(i % across) * tileWidth;
         const int top = area.top + static_cast<int>(i / across) * tileHeight;
-        return {left, top, std::min(left + tileWidth, area.right), std::min(top + tileHeight, area.bottom)};
+        return {left, top, left + std::min(tileWidth, area.right - left),
+                top + std::min(tileHeight, area.bottom - top)};
     }
 };
 

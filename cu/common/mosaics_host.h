@@ -127,8 +127,8 @@ inline void forEachMosaicPixel(const Fetch& src, Interleaved<T, 3> dst, const Ru
 {
     if (src.width < 1 || src.height < 1) return;
     constexpr int tileWidth = 2 * detail::pairsPerTile;
-    const int columns = (src.width + tileWidth - 1) / tileWidth;
-    const int tiles = (src.height + detail::tileHeight - 1) / detail::tileHeight;
+    const int columns = (src.width - 1) / tileWidth + 1;
+    const int tiles = (src.height - 1) / detail::tileHeight + 1;
     const auto body = [=](std::size_t begin, std::size_t end) {
         const Rule own = rule;
         detail::HalfLines<S, detail::pairsPerTile, detail::pairMargin<Reach>> lines[Reach::rows];
@@ -138,7 +138,7 @@ inline void forEachMosaicPixel(const Fetch& src, Interleaved<T, 3> dst, const Ru
             const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * detail::tileHeight;
             const int pixels = std::min(tileWidth, src.width - column);
             const int pairs = (pixels + 1) / 2;
-            const int bottom = std::min(top + detail::tileHeight, src.height);
+            const int bottom = top + std::min(detail::tileHeight, src.height - top);
             const auto line = [&](int y) -> auto&
             {
                 return lines[(y + Reach::rows) % Reach::rows];

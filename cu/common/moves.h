@@ -1,6 +1,6 @@
 /// @file
 /// Moving single pixels on the host. Three elements move as four where the fourth may be read and is overwritten later:
-/// one load and store of a register instead of three.
+/// one load and store of a register instead of three. An image may be sampled into itself, so they may overlap.
 
 #pragma once
 
@@ -11,7 +11,7 @@ namespace vexa::detail {
 template <int C, typename T>
 inline void copyPixel(T* to, const T* from)
 {
-    std::memcpy(to, from, C * sizeof(T));
+    std::memmove(to, from, C * sizeof(T));
 }
 
 /// Elements that copyWide moves.
@@ -21,7 +21,7 @@ inline constexpr int wideElements = C == 3 ? 4 : C;
 template <int C, typename T>
 inline void copyWide(T* to, const T* from)
 {
-    std::memcpy(to, from, wideElements<C> * sizeof(T));
+    std::memmove(to, from, wideElements<C> * sizeof(T));
 }
 
 }  // namespace vexa::detail

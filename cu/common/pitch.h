@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <algorithm>
+
 #include "arguments.h"
 
 namespace vexa {
@@ -18,9 +20,11 @@ VexaStatus withPitch(VexaImage& dst, int pitch, const VexaStream& stream, const 
     if (rows == dst.height()) return work(dst);
     VexaImage whole;
     (void)whole.create(dst.width(), dst.height(), pitch, dst.depth(), dst.channels());
-    if (!whole.isInitialized()) return VEXA_SUCCESS;
+    // One that could not be made is null, and null images are not launched on; the status is that of the work.
+    if (!whole.isInitialized()) return work(whole);
     const auto bytes = static_cast<std::size_t>(pitch);
-    const platform::Extent2D extent{static_cast<std::size_t>(rowBytes), static_cast<std::size_t>(rows)};
+    const platform::Extent2D extent{std::min(static_cast<std::size_t>(rowBytes), bytes),
+                                    static_cast<std::size_t>(rows)};
     (void)platform::copyOnDevice({whole.ptr(), bytes}, {dst.ptr(), bytes}, extent, handle(stream));
     const VexaStatus status = work(whole);
     (void)platform::copyOnDevice({dst.ptr(), bytes}, {whole.ptr(), bytes}, extent, handle(stream));

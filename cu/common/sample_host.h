@@ -296,33 +296,34 @@ inline void sampleRows(int width, int height, Plane<T> dst, const Map& map, cons
     constexpr std::size_t bytesPerPixel = 8 * C * sizeof(T);
     using Position = decltype(map(0, 0));
     using Way = decltype(sampler.place(Position{}).tx);
-    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel,
-                             [=](std::size_t begin, std::size_t end) {
-                                 const Map ownMap = map;
-                                 const Sampler own = sampler;
-                                 Position position[spotsAtATime];
-                                 Spots<Way> spots;
-                                 for (std::size_t row = begin; row < end; ++row) {
-                                     const int y = static_cast<int>(row);
-                                     for (int x = 0; x < width; x += spotsAtATime) {
-                                         const int count = std::min(spotsAtATime, width - x);
-                // Apart, as GCC follows clamped positions on ways of their own otherwise.
+    const auto body = [=](std::size_t begin, std::size_t end) {
+        const Map ownMap = map;
+        const Sampler own = sampler;
+        Position position[spotsAtATime];
+        Spots<Way> spots;
+        const auto sample = [&](int x, int y, int count) {
+        // Apart, as GCC follows clamped positions on ways of their own otherwise.
 #pragma omp simd
-                                         for (int i = 0; i < count; ++i) position[i] = own.bounded(ownMap(x + i, y));
+            for (int i = 0; i < count; ++i) position[i] = own.bounded(ownMap(x + i, y));
 #pragma omp simd
-                                         for (int i = 0; i < count; ++i) {
-                                             const Spot<Way> spot = own.place(position[i]);
-                                             spots.reach[i] = spot.reach;
-                                             spots.x[i] = spot.x;
-                                             spots.y[i] = spot.y;
-                                             spots.tx[i] = spot.tx;
-                                             spots.ty[i] = spot.ty;
-                                         }
-                                         sampleSpots<C, clears>(own, spots, count,
-                                                                dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
-                                     }
-                                 }
-                             });
+            for (int i = 0; i < count; ++i) {
+                const Spot<Way> spot = own.place(position[i]);
+                spots.reach[i] = spot.reach;
+                spots.x[i] = spot.x;
+                spots.y[i] = spot.y;
+                spots.tx[i] = spot.tx;
+                spots.ty[i] = spot.ty;
+            }
+            sampleSpots<C, clears>(own, spots, count, dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
+        };
+        for (std::size_t row = begin; row < end; ++row)
+            for (int x = 0; x < width;) {
+                const int count = std::min(spotsAtATime, width - x);
+                sample(x, static_cast<int>(row), count);
+                x += count;
+            }
+    };
+    platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel, body);
 }
 
 }  // namespace detail

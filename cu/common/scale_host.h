@@ -208,7 +208,7 @@ private:
 
 constexpr int lanes = 8;
 using Floats = float __attribute__((vector_size(lanes * sizeof(float))));
-using Lanes = int __attribute__((vector_size(lanes * sizeof(int))));
+using LaneNumbers = int __attribute__((vector_size(lanes * sizeof(int))));
 
 inline Floats loadFloats(const float* from)
 {
@@ -267,15 +267,16 @@ public:
         // As far as any element is picked from, which may be behind what is set.
         alignas(64) float line[lineElements + mostRegisters * lanes];
         fill(row, line);
-        const auto pickFromTwo = [](const float* from, Lanes lane) {
+        const auto pickFromTwo = [](const float* from, LaneNumbers lane) {
             return __builtin_shuffle(loadFloats(from), loadFloats(from + lanes), lane);
         };
         if (_registers == 1)
-            pick(line, result, [](const float* from, Lanes lane) { return __builtin_shuffle(loadFloats(from), lane); });
+            pick(line, result,
+                 [](const float* from, LaneNumbers lane) { return __builtin_shuffle(loadFloats(from), lane); });
         else if (_registers == 2)
             pick(line, result, pickFromTwo);
         else
-            pick(line, result, [=](const float* from, Lanes lane) {
+            pick(line, result, [=](const float* from, LaneNumbers lane) {
                 return lane < 2 * lanes ? pickFromTwo(from, lane) : pickFromTwo(from + 2 * lanes, lane);
             });
     }
@@ -307,7 +308,7 @@ private:
     {
         for (int i = 0; i < _count; i += lanes) {
             const float* const from = line + _base[i / lanes];
-            Lanes lane;
+            LaneNumbers lane;
             std::memcpy(&lane, _lane + i, sizeof lane);
             Floats value = loadFloats(_weight[0] + i) * pickFrom(from, lane);
             for (int k = 1; k < N; ++k) value = value + loadFloats(_weight[k] + i) * pickFrom(from + k * C, lane);

@@ -185,8 +185,8 @@ inline void transposePixels(int width, int height, Plane<T> dst, Plane<const T> 
         for (std::size_t i = begin; i < end; ++i) {
             const int left = static_cast<int>(i / down) * tileWidth;
             const int top = static_cast<int>(i % down) * tileHeight;
-            const detail::TransposedTile tile{left, std::min(left + tileWidth, width), top,
-                                              std::min(top + tileHeight, height)};
+            const detail::TransposedTile tile{left, left + std::min(tileWidth, width - left), top,
+                                              top + std::min(tileHeight, height - top)};
             detail::transposeTile<C>(tile, width, dst, src);
         }
     });

@@ -81,8 +81,8 @@ inline void forEachTileRow(const Fetch& src, const Work& work)
 {
     if (src.width < 1 || src.height < 1) return;
     using TileLines = Lines<Reach, S>;
-    const int columns = (src.width + tileWidth - 1) / tileWidth;
-    const int tiles = (src.height + tileHeight - 1) / tileHeight;
+    const int columns = (src.width - 1) / tileWidth + 1;
+    const int tiles = (src.height - 1) / tileHeight + 1;
     const auto body = [=](std::size_t begin, std::size_t end) {
         const Work own = work;
         TileLines lines;
@@ -90,7 +90,7 @@ inline void forEachTileRow(const Fetch& src, const Work& work)
             const int column = static_cast<int>(tile % static_cast<std::size_t>(columns)) * tileWidth;
             const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * tileHeight;
             const int count = std::min(tileWidth, src.width - column);
-            const int bottom = std::min(top + tileHeight, src.height);
+            const int bottom = top + std::min(tileHeight, src.height - top);
             for (int y = top - Reach::up; y < top + Reach::down; ++y) lines.fill(src, column, count, y);
             for (int y = top; y < bottom; ++y) {
                 lines.fill(src, column, count, y + Reach::down);
