@@ -289,6 +289,24 @@ inline void sampleSpots(const Sampler& sampler, const Spots<Way>& spots, int cou
     }
 }
 
+/// The spots of pixels x to x + count of row y. Sampler and map by value, so that stores can't alias them.
+template <typename Position, typename Way, typename Map, typename Sampler>
+inline void placeSpots(int x, int y, int count, Map map, Sampler sampler, Spots<Way>& spots)
+{
+    // In two loops, as GCC would give clamped positions ways of their own. They are turned into vector code unasked;
+    // clang can't do so for pairs of floats.
+    Position position[spotsAtATime];
+    for (int i = 0; i < count; ++i) position[i] = sampler.bounded(map(x + i, y));
+    for (int i = 0; i < count; ++i) {
+        const Spot<Way> spot = sampler.place(position[i]);
+        spots.reach[i] = spot.reach;
+        spots.x[i] = spot.x;
+        spots.y[i] = spot.y;
+        spots.tx[i] = spot.tx;
+        spots.ty[i] = spot.ty;
+    }
+}
+
 template <int C, bool clears, typename T, typename Map, typename Sampler>
 inline void sampleRows(int width, int height, Plane<T> dst, const Map& map, const Sampler& sampler)
 {
@@ -297,31 +315,16 @@ inline void sampleRows(int width, int height, Plane<T> dst, const Map& map, cons
     using Position = decltype(map(0, 0));
     using Way = decltype(sampler.place(Position{}).tx);
     const auto body = [=](std::size_t begin, std::size_t end) {
-        const Map ownMap = map;
-        const Sampler own = sampler;
-        Position position[spotsAtATime];
         Spots<Way> spots;
-        const auto sample = [&](int x, int y, int count) {
-        // Apart, as GCC follows clamped positions on ways of their own otherwise.
-#pragma omp simd
-            for (int i = 0; i < count; ++i) position[i] = own.bounded(ownMap(x + i, y));
-#pragma omp simd
-            for (int i = 0; i < count; ++i) {
-                const Spot<Way> spot = own.place(position[i]);
-                spots.reach[i] = spot.reach;
-                spots.x[i] = spot.x;
-                spots.y[i] = spot.y;
-                spots.tx[i] = spot.tx;
-                spots.ty[i] = spot.ty;
-            }
-            sampleSpots<C, clears>(own, spots, count, dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
-        };
-        for (std::size_t row = begin; row < end; ++row)
+        for (std::size_t row = begin; row < end; ++row) {
+            const int y = static_cast<int>(row);
             for (int x = 0; x < width;) {
                 const int count = std::min(spotsAtATime, width - x);
-                sample(x, static_cast<int>(row), count);
+                placeSpots<Position>(x, y, count, map, sampler, spots);
+                sampleSpots<C, clears>(sampler, spots, count, dst.row(y) + static_cast<std::ptrdiff_t>(C) * x);
                 x += count;
             }
+        }
     };
     platform::parallelRanges(static_cast<std::size_t>(height), static_cast<std::size_t>(width) * bytesPerPixel, body);
 }
