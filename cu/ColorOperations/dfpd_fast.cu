@@ -7,6 +7,7 @@
 #include "dfpd.h"
 
 #include "arguments.h"
+#include "elements.h"
 #include "mosaic.h"
 
 using namespace vexa;

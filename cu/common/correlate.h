@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "arithmetic.h"
 #include "footprint.h"
 
 namespace vexa {

@@ -168,6 +168,11 @@ void expectMixed(int dataBits)
     }
     expectGaps(dst, 0xA5);
 
+    VexaImage inPlace(src);
+    ASSERT_EQ(inPlace.setDataBits(dataBits), success);
+    ASSERT_EQ(co::channelMix(inPlace, inPlace, coeffs), success);
+    EXPECT_EQ(download<T>(inPlace), mixed);
+
     float identity[] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
     ASSERT_EQ(src.setDataBits(8 * static_cast<int>(sizeof(T))), success);
     ASSERT_EQ(co::channelMix(src, dst, identity), success);
@@ -179,6 +184,16 @@ TEST(ChannelMix, IsAnAffineMap)
     expectMixed<u8>(8);
     expectMixed<u16>(12);
     expectMixed<f32>(32);
+}
+
+/// Weights past every integer, and a NaN, which stores 0.
+TEST(ChannelMix, WeightsOfAnySize)
+{
+    float coeffs[] = {3e38F, 0, 0, 0, 0, -3e38F, 0, 0, NAN, 0, 0, 0};
+    VexaImage dst;
+    ASSERT_EQ(co::channelMix(constant<u8>({5, 1}, 3, 9), dst, coeffs), success);
+    const std::vector<u8> mixed = download<u8>(dst);
+    for (std::size_t i = 0; i < mixed.size(); ++i) EXPECT_EQ(mixed[i], i % 3 == 0 ? 255 : 0);
 }
 
 TEST(ChannelMix, Checks)

@@ -73,16 +73,19 @@ TEST(Rotate, SamplesUnshifted)
         expectRotated<u8>({45, 30}, {60, 20}, channels);
         expectRotated<u16>({45, 30}, {45, 30}, channels);
         expectRotated<f32>({45, 30}, {70, 70}, channels);
+        expectRotated<u8>({600, 40}, {610, 20}, channels);
     }
 }
 
 /// Without a turn each pixel is the mean of four, those of the border zero.
 TEST(Rotate, ByZeroBlurs)
 {
-    VexaImage dst;
+    VexaImage dst, words;
     const VexaImage src = imageOf<f32>({2, 2}, 1, {16, 32, 64, 128});
     ASSERT_EQ(gt::rotate(src, dst, 0.0F, {1, 1}), success);
     EXPECT_EQ(download<f32>(dst), (std::vector<f32>{4, 12, 20, 60}));
+    ASSERT_EQ(gt::rotate(imageOf<u16>({2, 2}, 1, {16, 33, 66, 128}), words, 0.0F, {1, 1}), success);
+    EXPECT_EQ(download<u16>(words), (std::vector<u16>{4, 12, 20, 60}));
     VexaImage white;
     ASSERT_EQ(gt::rotate(constant<u8>({2, 2}, 3, 255), white, 0.0F, {0, 0}), success);
     EXPECT_EQ(download<u8>(white)[9], 255);
@@ -152,6 +155,17 @@ TEST(RotateRectangle, PassesFailuresOn)
     VexaImage copied(41, 31, VEXA_8UC1);
     EXPECT_EQ(gt::rotate(src, dst, 9.0F, {0, 0}, VexaRect(0, 0, 41, 31)),
               src.copyTo(copied, {0, 0}, VexaRect(0, 0, 41, 31)));
+}
+
+TEST(Rotate, InPlace)
+{
+    for (const int channels : {1, 3}) {
+        VexaImage image = noise<u8>({200, 150}, channels, 76);
+        VexaImage apart;
+        ASSERT_EQ(gt::rotate(image, apart, 33.0F, {100, 75}), success);
+        ASSERT_EQ(gt::rotate(image, image, 33.0F, {100, 75}), success);
+        EXPECT_EQ(download<u8>(image), download<u8>(apart));
+    }
 }
 
 TEST(Rotate, Checks)

@@ -108,6 +108,7 @@ TEST(Warps, SampleTheInverseMapping)
         expectWarps<u8>({40, 25}, {40, 25}, channels);
         expectWarps<u16>({40, 25}, {33, 47}, channels);
         expectWarps<f32>({17, 33}, {150, 60}, channels);
+        expectWarps<u8>({700, 30}, {610, 30}, channels);
     }
 }
 

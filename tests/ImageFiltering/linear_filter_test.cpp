@@ -131,6 +131,27 @@ TEST(ImageFilter, RectanglesLimitWhatIsWritten)
             }
 }
 
+/// Both images are addressed by the pitch of the source; a destination with room for fewer rows gets those.
+TEST(ImageFilter, ImagesOfOtherPitches)
+{
+    const VexaSize size(700, 150);
+    const VexaImage src = noise<u8>(size, 1, 24);
+    const VexaFilter filter = randomFilter({3, 5});
+    VexaImage dst;
+    ASSERT_EQ(filtering::imageFilter(src, dst, filter), success);
+    const std::vector<u8> expected = download<u8>(dst);
+    VexaImage narrow(size.width, size.height, size.width, 8, 1);
+    ASSERT_EQ(filtering::imageFilter(src, narrow, filter), success);
+    std::vector<u8> bytes(static_cast<std::size_t>(size.width * size.height));
+    ASSERT_EQ(narrow.download(bytes.data()), success);
+    const auto pitch = static_cast<std::size_t>(src.pitch());
+    const auto width = static_cast<std::size_t>(size.width);
+    for (std::size_t y = 0; y * pitch + width <= bytes.size(); ++y)
+        for (std::size_t x = 0; x < width; ++x)
+            ASSERT_EQ(bytes[y * pitch + x], expected[y * width + x]) << x << ", " << y;
+    expectFilteredInside<u8>(size, 3, {13, 9, 651, 131}, true);
+}
+
 // ---- by hand ----
 
 std::vector<u8> filtered(const VexaImage& src, const VexaFilter& filter)

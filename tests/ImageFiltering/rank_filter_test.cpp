@@ -94,6 +94,7 @@ TEST(MinAndMaxFilter, SeeTheRectangleAlone)
             expectExtremes({67, 45}, channels, {5, 7, 40, 30}, window);
             expectExtremes({67, 45}, channels, {66, 44, 1, 1}, window);
         }
+    expectExtremes({700, 150}, 3, {11, 3, 681, 140}, {7, 7});
 }
 
 TEST(MinAndMaxFilter, Checks)
@@ -183,7 +184,7 @@ TEST(MedianAndModeFilter, WindowsByHand)
 TEST(MedianAndModeFilter, Checks)
 {
     VexaImage src = noise<u8>({8, 6}, 3, 44);
-    src.setChannelSequence(VEXA_CHANNEL_SEQ_BGR);
+    src.setChannelSequence(VEXA_CHANNEL_SEQ_RGB);
     for (const Ranked& filter : ranked) {
         for (const VexaSize& size : {VexaSize(11, 11), VexaSize(3, 5), VexaSize(1, 1), VexaSize(4, 4)}) {
             VexaImage dst;
@@ -193,7 +194,7 @@ TEST(MedianAndModeFilter, Checks)
         EXPECT_EQ(apply(filter.filter, src, all, whole(src), {3, 3}), success);
         EXPECT_EQ(apply(filter.filter, src, elsewhere, {-50, 70, 3, 900}, {3, 3}), success);
         EXPECT_EQ(download<u8>(all), download<u8>(elsewhere));
-        EXPECT_EQ(all.channelSeq(), VEXA_CHANNEL_SEQ_BGR);
+        EXPECT_EQ(all.channelSeq(), VEXA_CHANNEL_SEQ_RGB);
     }
 }
 

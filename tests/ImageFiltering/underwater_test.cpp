@@ -75,7 +75,9 @@ TEST(Underwater, IsItsPipeline)
             plane = stretched(plane, c == 2 ? 0.9899 : 0.9699);
             for (std::size_t i = 0; i < plane.size(); ++i) expected[3 * i + c] = plane[i];
         }
-        VexaImage dst, withOthers;
+        VexaImage dst, withOthers, narrow(src.width(), src.height(), 3 * src.width(), 8, 3);
+        ASSERT_EQ(filtering::underwaterFilter(src, narrow, params), success);
+        EXPECT_EQ(download<u8>(narrow), expected);
         ASSERT_EQ(filtering::underwaterFilter(src, dst, params), success);
         ASSERT_EQ(filtering::underwaterFilter(src, withOthers, VexaEnhancementParams(false, 0, -1)), success);
         EXPECT_EQ(download<u8>(dst), expected) << "strongest channel " << strongest;
@@ -89,6 +91,9 @@ TEST(Underwater, FlatChannelsChangeNothing)
     VexaImage dst = constant<u8>({8, 6}, 3, 77);
     EXPECT_EQ(filtering::underwaterFilter(constant<u8>({8, 6}, 3, 9), dst, params), success);
     EXPECT_EQ(download<u8>(dst), std::vector<u8>(144, 77));
+    VexaImage created;
+    EXPECT_EQ(filtering::underwaterFilter(constant<u8>({8, 6}, 3, 9), created, params), success);
+    EXPECT_EQ(download<u8>(created), std::vector<u8>(144, 0));
 }
 
 TEST(Underwater, Checks)
