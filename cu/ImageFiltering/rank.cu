@@ -66,16 +66,16 @@ template <typename T, int bits, int C, int w, int h>
 VEXA_KERNEL kernel_median_small_shared(const T* src, T* dst, int width, int height, int pitch)
 {
     static_assert(w == h);
-    forEachSortedWindow<C, w>(FetchClamped<T>{src, C * width, height, pitch}, Plane<T>{dst, pitch},
-                              MostFrequentValue<w * h>());
+    forEachSortedWindow<w>(C, FetchClamped<T>{src, C * width, height, pitch}, Plane<T>{dst, pitch},
+                           MostFrequentValue<w * h>());
 }
 
 template <typename T, int bits, int C, int w, int h>
 VEXA_KERNEL kernel_mode_small_shared(const T* src, T* dst, int width, int height, int pitch)
 {
     static_assert(w == h);
-    forEachSortedWindow<C, w>(FetchClamped<T>{src, C * width, height, pitch}, Plane<T>{dst, pitch},
-                              MiddleValue<w * h>());
+    forEachSortedWindow<w>(C, FetchClamped<T>{src, C * width, height, pitch}, Plane<T>{dst, pitch},
+                           MiddleValue<w * h>());
 }
 
 namespace {

@@ -20,23 +20,25 @@ struct LooksAt {
 
 namespace detail {
 
-template <int C, int side, typename T, typename Rule, std::size_t... I>
-VEXA_DEVICE T pickFromWindow(const FetchClamped<T>& src, int x, int y, const Rule& rule, std::index_sequence<I...>)
+template <int side, typename T, typename Rule, std::size_t... I>
+VEXA_DEVICE T pickFromWindow(int channels, const FetchClamped<T>& src, int x, int y, const Rule& rule,
+                             std::index_sequence<I...>)
 {
     constexpr int reach = side / 2;
-    int value[] = {src(x + C * (static_cast<int>(I) / side - reach), y + static_cast<int>(I) % side - reach)...};
+    int value[] = {src(x + channels * (static_cast<int>(I) / side - reach), y + static_cast<int>(I) % side - reach)...};
     return static_cast<T>(rule(Ordered<Sorting<side * side>, int>(value)));
 }
 
 }  // namespace detail
 
-/// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
+/// dst = rule(values) for every element of an image, given the elements of the square window around
 /// it in ascending order. The rule derives from LooksAt.
-template <int C, int side, typename T, typename Rule>
-VEXA_DEVICE void forEachSortedWindow(const FetchClamped<T>& src, Plane<T> dst, const Rule& rule)
+template <int side, typename T, typename Rule>
+VEXA_DEVICE void forEachSortedWindow(int channels, const FetchClamped<T>& src, Plane<T> dst, const Rule& rule)
 {
     forEachPixel(src.width, src.height, [&](int x, int y) {
-        dst.row(y)[x] = detail::pickFromWindow<C, side>(src, x, y, rule, std::make_index_sequence<side * side>());
+        dst.row(y)[x] =
+            detail::pickFromWindow<side>(channels, src, x, y, rule, std::make_index_sequence<side * side>());
     });
 }
 
@@ -71,11 +73,15 @@ inline void forEachLane(int count, const Rule& rule)
     }
 }
 
+/// Distance of neighbouring pixels, in elements. It is no parameter of the templates, which are large.
+inline constexpr int mostChannels = 3;
+
 /// The columns of a row of windows, some neighbours sorted together: line[r][x] has rank r of those from x on.
-template <int C, int side, int columns, typename Rule>
+template <int side, int columns, typename Rule>
 struct ColumnGroup {
     using Ranks = detail::Ranks<side, columns, Rule::lowest, Rule::highest>;
-    u8 line[Ranks::highest - Ranks::lowest + 1][wholeLanes(tileWidth + C * (side - columns)) + lanes];
+    alignas(lanes)
+        u8 line[Ranks::highest - Ranks::lowest + 1][wholeLanes(tileWidth + mostChannels * (side - columns)) + lanes];
 
     /// A rank that doesn't matter is as good as one at the end.
     template <int rank>
@@ -109,7 +115,7 @@ struct Results {
     explicit Results(const Rule& rule) : rule(rule) {}
 
     Rule rule;
-    u8 value[tileWidth];
+    alignas(lanes) u8 value[tileWidth];
 
     template <typename Values>
     VEXA_DEVICE void store(int x, const Values& values)
@@ -156,10 +162,10 @@ struct Groups<9> {
 };
 
 /// Sorts and merges the windows of a row of a tile.
-template <int C, int side, typename Rule>
+template <int side, typename Rule>
 class RowOfWindows {
 public:
-    explicit RowOfWindows(const Rule& rule) : _results(rule) {}
+    RowOfWindows(int channels, const Rule& rule) : _channels(channels), _results(rule) {}
 
     /// The results for `count` windows, of which the first begins where the rows do. Rows go by value, so that stores
     /// of bytes can't alias them.
@@ -167,7 +173,7 @@ public:
     const u8* pick(int count, Row... row)
     {
         Group<1>& sorted = group<1>();
-        forEachLane(count + C * (side - 1), [&, row...](int x) { sortTo(sorted, x, row[x]...); });
+        forEachLane(count + _channels * (side - 1), [&, row...](int x) { sortTo(sorted, x, row[x]...); });
         mergeGroups(count, typename Groups<side>::Columns());
         mergeColumns<side - 1, 1>(count, _results);
         return _results.value;
@@ -175,7 +181,7 @@ public:
 
 private:
     template <int columns>
-    using Group = ColumnGroup<C, side, columns, Rule>;
+    using Group = ColumnGroup<side, columns, Rule>;
 
     template <int columns>
     Group<columns>& group()
@@ -199,8 +205,9 @@ private:
     {
         const Group<A>& first = group<A>();
         const Group<B>& second = group<B>();
-        forEachLane(count + C * (side - A - B), [&](int x) {
-            mergeTo(sink, x, first, second, x + C * A, std::make_index_sequence<side * A>(),
+        const int distance = _channels * A;
+        forEachLane(count + _channels * (side - A - B), [&, distance](int x) {
+            mergeTo(sink, x, first, second, x + distance, std::make_index_sequence<side * A>(),
                     std::make_index_sequence<side * B>());
         });
     }
@@ -210,29 +217,33 @@ private:
     template <int... columns>
     struct AllGroups<std::integer_sequence<int, columns...> > : Group<columns>... {};
 
+    int _channels;
     AllGroups<typename Groups<side>::Columns> _groups;
     Results<Rule> _results;
 };
 
-template <int C, int side, typename Rule, typename Lines, std::size_t... I>
-inline void pickRow(const Lines& lines, int count, int y, u8* to, const Rule& rule, std::index_sequence<I...>)
+template <int side, typename Rule, typename Lines, std::size_t... I>
+inline void pickRow(int channels, const Lines& lines, int count, int y, u8* to, const Rule& rule,
+                    std::index_sequence<I...>)
 {
     constexpr int reach = side / 2;
-    RowOfWindows<C, side, Rule> row(rule);
-    std::copy_n(row.pick(count, lines.row(y + static_cast<int>(I) - reach) - C * reach...), count, to);
+    RowOfWindows<side, Rule> row(channels, rule);
+    const u8* const result = row.pick(count, lines.row(y + static_cast<int>(I) - reach) - channels * reach...);
+#pragma omp simd
+    for (int x = 0; x < count; ++x) to[x] = result[x];
 }
 
 }  // namespace detail
 
-/// dst = rule(values) for every element of an image of C-channel pixels, given the elements of the square window around
+/// dst = rule(values) for every element of an image, given the elements of the square window around
 /// it in ascending order. The rule derives from LooksAt.
-template <int C, int side, typename Rule>
-inline void forEachSortedWindow(const FetchClamped<u8>& src, Plane<u8> dst, const Rule& rule)
+template <int side, typename Rule>
+inline void forEachSortedWindow(int channels, const FetchClamped<u8>& src, Plane<u8> dst, const Rule& rule)
 {
     constexpr int reach = side / 2;
-    using Reach = vexa::Reach<C * reach, C * reach, reach, reach>;
+    using Reach = vexa::Reach<detail::mostChannels * reach, detail::mostChannels * reach, reach, reach>;
     detail::forEachTileRow<Reach, u8>(src, [=](const auto& lines, int column, int count, int y) {
-        detail::pickRow<C, side>(lines, count, y, dst.row(y) + column, rule, std::make_index_sequence<side>());
+        detail::pickRow<side>(channels, lines, count, y, dst.row(y) + column, rule, std::make_index_sequence<side>());
     });
 }
 
