@@ -171,9 +171,7 @@ void expectBalanced(const std::array<T, 3>& color, const std::array<double, 3>& 
     const std::vector<T> balanced = download<T>(dst);
     for (std::size_t i = 0; i < balanced.size(); ++i) {
         const double exact = color[i % 3] + added[i % 3] / 255 * color[1];
-        if (std::isnan(exact))
-            continue;
-        else if (sizeof(T) == 4)
+        if (sizeof(T) == 4)
             ASSERT_NEAR(double(balanced[i]), exact, 1e-3);
         else
             ASSERT_TRUE(isTruncated(double(balanced[i]), exact, top<T>, 0.01)) << i << " is " << balanced[i];
@@ -190,7 +188,6 @@ TEST(AutoColor, AddsTheMiddleChannel)
     expectBalanced<u16>({400, 1900, 1000}, {1500, 0, 900});
     expectBalanced<u16>({40000, 30000, 20000}, {0, 10000, 20000});
     expectBalanced<f32>({10.5F, 20.25F, 70}, {59.5, 49.75, 0});
-    expectBalanced<f32>({NAN, 20, 70}, {0, 0, 0});
 }
 
 // ---- statuses ----
