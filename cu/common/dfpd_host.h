@@ -28,8 +28,7 @@ public:
         _sites = ((_pixels + 1) / 2 + 2 * margin + 31) / 32 * 32;
         for (int y = top - 14; y < bottom; ++y) {
             _raw[y + 8].fill(_src, column - 2 * margin, _sites, y + 8);
-            if (y >= top - 10) findChrominances(y + 6);
-            if (y >= top - 8) findDifferences(y + 4);
+            if (y >= top - 10) findChanges(y + 6);
             if (y >= top - 4) decide(y + 2);
             if (y >= top - 2) fillGreenSites(y + 1);
             if (y >= top) write(y);
@@ -48,10 +47,11 @@ private:
         S* first() { return site + 32; }
     };
 
+    /// The last rows; none is further than 16 above the image.
     template <typename Row, int rows>
     struct Ring {
         Row row[rows];
-        Row& operator[](int y) { return row[(y + 16 * rows) % rows]; }
+        Row& operator[](int y) { return row[static_cast<unsigned>(y + 16 * rows) % rows]; }
     };
 
     template <int rows>
@@ -68,9 +68,14 @@ private:
         for (int i = 0; i < _sites; ++i) rule(i);
     }
 
-    S stored(S value) const
+    /// Raw and computed values as they are stored.
+    static S storedRaw(S value, int highest)
     {
-        return smaller(larger(value, S(0)), S(_maxVal));
+        return smaller(value, S(highest));
+    }
+    static S stored(S value, int highest)
+    {
+        return smaller(larger(value, S(0)), S(highest));
     }
 
     const S* rawGreen(int y)
@@ -82,8 +87,10 @@ private:
         return _raw[y].columns(!Sites::isGreenInOddColumns(y));
     }
 
-    /// Four times the raw value less the green that either direction estimates, at red and blue sites.
-    void findChrominances(int y)
+    /// Four times the chrominances of row y, the raw values less the green that either direction estimates, at red and
+    /// blue sites. Then it is known how much those of row y - 2 change downwards, less how much they change to the
+    /// right.
+    void findChanges(int y)
     {
         const S* const color = rawColor(y);
         const S* const left = rawGreen(y) - Sites::isGreenInOddColumns(y);
@@ -94,46 +101,37 @@ private:
         const S* const down2 = rawColor(y + 2);
         S* const vertical = _vertical[y];
         S* const horizontal = _horizontal[y];
+        const S* const verticalAbove = _vertical[y - 2];
+        const S* const horizontalAbove = _horizontal[y - 2];
+        S* const change = _change[y - 2];
         forEachSite([=](int i) {
-            vertical[i] = 2 * (color[i] - up[i] - down[i]) + up2[i] + down2[i];
+            const S here = 2 * (color[i] - up[i] - down[i]) + up2[i] + down2[i];
+            vertical[i] = here;
             horizontal[i] = 2 * (color[i] - left[i] - right[i]) + color[i - 1] + color[i + 1];
+            change[i] = distance(verticalAbove[i], here) - distance(horizontalAbove[i], horizontalAbove[i + 1]);
         });
     }
 
-    /// How much they change from a site to the next below or to the right.
-    void findDifferences(int y)
-    {
-        const S* const vertical = _vertical[y];
-        const S* const below = _vertical[y + 2];
-        const S* const horizontal = _horizontal[y];
-        S* const down = _down[y];
-        S* const right = _right[y];
-        forEachSite([=](int i) {
-            down[i] = distance(vertical[i], below[i]);
-            right[i] = distance(horizontal[i], horizontal[i + 1]);
-        });
-    }
-
-    /// Pass 1: the direction and green at red and blue sites.
+    /// Pass 1: the direction, negative for the column, and green at red and blue sites.
     void decide(int y)
     {
         const S* const color = rawColor(y);
         const S* const vertical = _vertical[y];
         const S* const horizontal = _horizontal[y];
-        const S *const down = _down[y], *const downAbove = _down[y - 2], *const downBelow = _down[y + 2];
-        const S *const right = _right[y], *const rightAbove = _right[y - 2], *const rightBelow = _right[y + 2];
-        S* const isVertical = _isVertical[y];
-        S* const own = _own[y];
+        const S* const change = _change[y];
+        const S* const changeAbove = _change[y - 2];
+        const S* const changeBelow = _change[y + 2];
+        S* const direction = _direction[y];
         S* const green = _green[y];
         S* const difference = _difference[y];
+        const int highest = _maxVal;
         forEachSite([=](int i) {
-            const S alongColumn = down[i - 1] + down[i] + down[i + 1] + downAbove[i] + downBelow[i];
-            const S alongRow = right[i - 1] + right[i] + right[i + 1] + rightAbove[i] + rightBelow[i];
-            isVertical[i] = choose(alongColumn < alongRow, S(1), S(0));
-            own[i] = stored(color[i]);
-            const S chrominance = choose(alongColumn < alongRow, vertical[i], horizontal[i]);
-            green[i] = stored((4 * color[i] - chrominance) >> 2);
-            difference[i] = own[i] - green[i];
+            const S changes = change[i - 1] + change[i] + change[i + 1] + changeAbove[i] + changeBelow[i];
+            const S chrominance = choose(changes < S(0), vertical[i], horizontal[i]);
+            const S estimate = stored((4 * color[i] - chrominance) >> 2, highest);
+            direction[i] = changes;
+            green[i] = estimate;
+            difference[i] = storedRaw(color[i], highest) - estimate;
         });
     }
 
@@ -145,16 +143,19 @@ private:
         const S* const right = left + 1;
         const S* const up = _difference[y - 1];
         const S* const down = _difference[y + 1];
-        S* const own = _ownGreen[y];
         S* const fromRow = _fromRow[y];
         S* const fromColumn = _fromColumn[y];
         S* const excess = _excess[y];
+        const int highest = _maxVal;
         forEachSite([=](int i) {
-            own[i] = stored(green[i]);
-            fromRow[i] = stored((2 * own[i] + left[i] + right[i]) >> 1);
-            fromColumn[i] = stored((2 * own[i] + up[i] + down[i]) >> 1);
-            excess[i] = fromColumn[i] - fromRow[i];
+            const S twice = 2 * storedRaw(green[i], highest);
+            const S ofRow = stored((twice + left[i] + right[i]) >> 1, highest);
+            const S ofColumn = stored((twice + up[i] + down[i]) >> 1, highest);
+            fromRow[i] = ofRow;
+            fromColumn[i] = ofColumn;
+            excess[i] = ofColumn - ofRow;
         });
+        // Sites of the outer ring have their raw value in all slots.
         if (isOuterRow(y)) forEachSite([=](int i) { excess[i] = S(0); });
         for (const int x : {0, _src.width - 1}) {
             const int i = (x - _column) / 2 + margin;
@@ -162,48 +163,83 @@ private:
         }
     }
 
-    /// Pass 3, the other colour at red and blue sites, and the pixels of the row. The outer ring is as pass 1 left it.
+    /// Pass 3, the other colour at red and blue sites, and the pixels of the row. The outer ring stays as pass 1 left
+    /// it.
     void write(int y)
     {
-        S* const other = _other.first();
-        {
-            const S* const own = _own[y];
-            const S* const isVertical = _isVertical[y];
-            const S* const left = _excess[y] - Sites::isGreenInOddColumns(y);
-            const S* const right = left + 1;
-            // What the row has too much of its column's colour the rows above and below have of their row's.
-            const S* const up = _excess[y - 1];
-            const S* const down = _excess[y + 1];
-            forEachSite([=](int i) {
-                const S change = choose(S(0) < isVertical[i], S(0) - up[i] - down[i], left[i] + right[i]);
-                other[i] = stored((2 * own[i] + change) >> 1);
-            });
-        }
         if (isOuterRow(y))
-            writePixels(y, {_own[y], _green[y], _own[y]}, {_ownGreen[y], _ownGreen[y], _ownGreen[y]});
+            writePixels(
+                y,
+                [](S own, S /*other*/, S green) {
+                    return Slots{own, green, own};
+                },
+                [](S /*ofRow*/, S /*ofColumn*/, S green) {
+                    return Slots{green, green, green};
+                });
         else if (Sites::isRed(y))
-            writePixels(y, {other, _green[y], _own[y]}, {_fromColumn[y], _ownGreen[y], _fromRow[y]});
+            writePixels(
+                y,
+                [](S own, S other, S green) {
+                    return Slots{other, green, own};
+                },
+                [](S ofRow, S ofColumn, S green) {
+                    return Slots{ofColumn, green, ofRow};
+                });
         else
-            writePixels(y, {_own[y], _green[y], other}, {_fromRow[y], _ownGreen[y], _fromColumn[y]});
+            writePixels(
+                y,
+                [](S own, S other, S green) {
+                    return Slots{own, green, other};
+                },
+                [](S ofRow, S ofColumn, S green) {
+                    return Slots{ofRow, green, ofColumn};
+                });
         writeEnd(0, y);
         writeEnd(_src.width - 1, y);
     }
 
     struct Slots {
-        const S* slot[3];
+        S first, second, third;
     };
-
-    void writePixels(int y, Slots colored, Slots green)
+    static auto pixel(Slots slots)
     {
-        const Slots even = Sites::isGreenInOddColumns(y) ? colored : green;
-        const Slots odd = Sites::isGreenInOddColumns(y) ? green : colored;
-        const auto pixel = [](const Slots& from, int i) {
-            return Pixel<T, 3>{{static_cast<T>(from.slot[0][i].value), static_cast<T>(from.slot[1][i].value),
-                                static_cast<T>(from.slot[2][i].value)}};
-        };
-        const auto store = [&](int i) { _stage.store(i, pixel(even, i + margin), pixel(odd, i + margin)); };
-        forEachSite(store);
+        return Pixel<decltype(S::value), 3>{{slots.first.value, slots.second.value, slots.third.value}};
+    }
+
+    template <typename Colored, typename Green>
+    void writePixels(int y, const Colored& colored, const Green& green)
+    {
+        if (Sites::isGreenInOddColumns(y))
+            stagePixels(
+                y, [&](int i, auto atColor, auto atGreen) { _stage.store(i, atColor, atGreen); }, colored, green);
+        else
+            stagePixels(
+                y, [&](int i, auto atColor, auto atGreen) { _stage.store(i, atGreen, atColor); }, colored, green);
         _stage.write(_dst.row(y).first + 3 * _column, _pixels);
+    }
+
+    template <typename Store, typename Colored, typename Green>
+    void stagePixels(int y, const Store& store, const Colored& colored, const Green& green)
+    {
+        const S* const color = rawColor(y) + margin;
+        const S* const rawGreens = rawGreen(y) + margin;
+        const S* const estimate = _green[y] + margin;
+        const S* const direction = _direction[y] + margin;
+        const S* const left = _excess[y] + margin - Sites::isGreenInOddColumns(y);
+        const S* const right = left + 1;
+        // What the row has too much of its column's colour the rows above and below have of their row's.
+        const S* const up = _excess[y - 1] + margin;
+        const S* const down = _excess[y + 1] + margin;
+        const S* const fromRow = _fromRow[y] + margin;
+        const S* const fromColumn = _fromColumn[y] + margin;
+        const int highest = _maxVal;
+        forEachSite([=](int i) {
+            const S own = storedRaw(color[i], highest);
+            const S excess = choose(direction[i] < S(0), S(0) - up[i] - down[i], left[i] + right[i]);
+            const S other = stored((2 * own + excess) >> 1, highest);
+            store(i, pixel(colored(own, other, estimate[i])),
+                  pixel(green(fromRow[i], fromColumn[i], storedRaw(rawGreens[i], highest))));
+        });
     }
 
     /// The first or last pixel of a row, if it is here.
@@ -212,9 +248,9 @@ private:
         if (x < _column || x >= _column + _pixels) return;
         const int i = (x - _column) / 2 + margin;
         const bool isGreen = Sites::isGreen(x, y);
-        const auto own = static_cast<T>((isGreen ? _ownGreen : _own)[y][i].value);
-        const auto green = static_cast<T>((isGreen ? _ownGreen : _green)[y][i].value);
-        _dst.row(y).store(x, {{own, green, own}});
+        const S own = storedRaw((isGreen ? rawGreen(y) : rawColor(y))[i], _maxVal);
+        const S green = isGreen ? own : _green[y][i];
+        _dst.row(y).store(x, {{static_cast<T>(own.value), static_cast<T>(green.value), static_cast<T>(own.value)}});
     }
 
     bool isOuterRow(int y) const
@@ -228,11 +264,10 @@ private:
     int _column = 0;
     int _pixels = 0;
     int _sites = 0;
-    Ring<HalfLines<S, pairs + 2 * margin, 1>, 8> _raw{};
-    Lines<5> _vertical{}, _horizontal{}, _down{}, _right{};
-    Lines<3> _isVertical{}, _own{}, _green{}, _difference{};
-    Lines<3> _ownGreen{}, _fromRow{}, _fromColumn{}, _excess{};
-    Line _other{};
+    Ring<HalfLines<S, pairs + 2 * margin, 1>, 9> _raw{};
+    Lines<5> _vertical{}, _horizontal{}, _change{};
+    Lines<3> _direction{}, _green{}, _difference{}, _excess{};
+    Lines<2> _fromRow{}, _fromColumn{};
     PairStage<T, pairs + 2 * margin> _stage{};
 };
 

@@ -36,6 +36,7 @@ public:
 #pragma omp simd
         for (int i = inside; i < outside; ++i) loadPair(row + column + 2 * i, i);
         for (int i = outside; i < end; ++i) fetchPair(src, column, i, y);
+        prefetch(src, column, count, y + rowsAhead);
     }
 
     /// Column 2 * i + odd, from pair i on.
@@ -53,6 +54,17 @@ private:
         _even[start + i] = S(static_cast<T>(word));
         _odd[start + i] = S(static_cast<T>(word >> elementBits<T>));
     }
+    /// The rows of a tile are too short for the processor to guess the next one: waiting took a tenth of the time.
+    template <typename Fetch>
+    static void prefetch(const Fetch& src, int column, int count, int y)
+    {
+        if (y < 0 || y >= src.height) return;
+        const auto* const row = src.row(y);
+        constexpr int elementsPerCacheLine = 64 / static_cast<int>(sizeof *row);
+        const int end = std::min(column + 2 * count, src.width);
+        for (int x = std::max(column, 0); x < end; x += elementsPerCacheLine) __builtin_prefetch(row + x);
+    }
+
     template <typename Fetch>
     void fetchPair(const Fetch& src, int column, int i, int y)
     {
@@ -60,6 +72,7 @@ private:
         _odd[start + i] = S(src(column + 2 * i + 1, y));
     }
 
+    static constexpr int rowsAhead = 4;
     static constexpr int alignment = 64 / static_cast<int>(sizeof(S));
     static constexpr int start = (margin + alignment - 1) / alignment * alignment;
     static constexpr int length = start + pairs + start;
@@ -86,9 +99,13 @@ struct HalfWindow {
 template <typename T, int pairs>
 class PairStage {
 public:
-    void store(int pair, Pixel<T, 3> even, Pixel<T, 3> odd)
+    /// Elements are of type T, or wider with the value of one.
+    template <typename Element>
+    void store(int pair, Pixel<Element, 3> even, Pixel<Element, 3> odd)
     {
-        const auto word = [](T low, T high) { return static_cast<PairWord<T>>(low | high << elementBits<T>); };
+        const auto word = [](Element low, Element high) {
+            return static_cast<PairWord<T>>(low | static_cast<int>(static_cast<unsigned>(high) << elementBits<T>));
+        };
         _word[3 * pair] = word(even.element[0], even.element[1]);
         _word[3 * pair + 1] = word(even.element[2], odd.element[0]);
         _word[3 * pair + 2] = word(odd.element[1], odd.element[2]);

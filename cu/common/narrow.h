@@ -17,6 +17,13 @@ struct Narrow {
 
     Narrow() = default;
     VEXA_DEVICE explicit Narrow(int value) : value(static_cast<S>(value)) {}
+    Narrow(const Narrow&) = default;
+    // Of the value: GCC makes no vector code of copies of a class.
+    VEXA_DEVICE Narrow& operator=(const Narrow& other)
+    {
+        value = other.value;
+        return *this;
+    }
 };
 
 template <typename S>
