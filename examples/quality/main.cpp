@@ -11,63 +11,17 @@
 #include <vector>
 
 #include "../raw.h"
+#include "photometric.h"
 #include "vexaCore.h"
 
 namespace {
 
 namespace co = vexa::colorOperations;
 
-/// The pixels of an 8-bit image in blue, green, red, without gaps.
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<unsigned char> pixels;
-
-    Picture(int width, int height)
-        : width(width), height(height), pixels(static_cast<std::size_t>(3 * width) * static_cast<std::size_t>(height))
-    {}
-    unsigned char* at(int x, int y) { return &pixels[(static_cast<std::size_t>(y * width) + x) * 3]; }
-    const unsigned char* at(int x, int y) const { return &pixels[(static_cast<std::size_t>(y * width) + x) * 3]; }
-};
-
-void require(VexaStatus status, const std::string& step)
-{
-    if (status == VEXA_SUCCESS) return;
-    std::fprintf(stderr, "quality: %s failed: %s (%d)\n", step.c_str(), vexaStatusString(status), status);
-    std::exit(1);
-}
-
-Picture pictureOf(const VexaImage& image)
-{
-    Picture picture(image.width(), image.height());
-    require(image.download(picture.pixels.data(), 3 * image.width()), "download");
-    return picture;
-}
-
 void save(const Picture& picture, const std::string& file)
 {
-    VexaImage image(picture.width, picture.height, VEXA_8UC3);
-    require(image.upload(picture.pixels.data(), 3 * picture.width), "upload");
+    VexaImage image = imageOf(picture);
     require(vexa::io::saveImage(image, file), file);
-}
-
-/// The ratio of the peak to the error in dB.
-double psnr(double meanSquare)
-{
-    return 10 * std::log10(255.0 * 255.0 / meanSquare);
-}
-
-/// The mean square of the error of one channel, away from the border.
-double meanSquareError(const Picture& result, const Picture& truth, int channel)
-{
-    constexpr int border = 8;
-    double squares = 0;
-    for (int y = border; y < truth.height - border; ++y)
-        for (int x = border; x < truth.width - border; ++x) {
-            const double error = result.at(x, y)[channel] - truth.at(x, y)[channel];
-            squares += error * error;
-        }
-    return squares / (static_cast<double>(truth.width - 2 * border) * (truth.height - 2 * border));
 }
 
 /// A part of a picture, each pixel as a square, from column `left` of the sheet on.
@@ -120,14 +74,9 @@ Picture partsOf(const std::vector<Picture>& pictures, const Photograph& photogra
 
 void printRow(const char* photograph, const char* method, const Picture& result, const Picture& truth)
 {
-    double sum = 0;
     std::printf("| %s | %s |", photograph, method);
-    for (int channel = 0; channel < 3; ++channel) {
-        const double error = meanSquareError(result, truth, channel);
-        std::printf(" %.2f |", psnr(error));
-        sum += error;
-    }
-    std::printf(" %.2f |\n", psnr(sum / 3));
+    for (int channel = 0; channel < 3; ++channel) std::printf(" %.2f |", psnr(meanSquareError(result, truth, channel)));
+    std::printf(" %.2f |\n", psnr(result, truth));
 }
 
 /// Photographs made into raw frames and back. All these methods give blue, green, red.
@@ -149,6 +98,38 @@ void demosaicing(const std::string& from, const std::string& to)
     }
 }
 
+/// Small, at a place of the sheet.
+void paste(const Picture& picture, int width, int height, Picture& sheet, int left, int top)
+{
+    VexaImage small(width, height, VEXA_8UC3);
+    require(vexa::geometryTransforms::resize(imageOf(picture), small, VEXA_INTER_LINEAR), "resize");
+    const Picture pixels = pictureOf(small);
+    for (int y = 0; y < height; ++y)
+        std::copy_n(pixels.at(0, y), static_cast<std::size_t>(3 * width), sheet.at(left, top + y));
+}
+
+/// Photographs spoilt by models and brought back.
+void restoring(const std::string& from, const std::string& to)
+{
+    std::printf("\n| photograph | operation | spoilt by | before | after |\n|---|---|---|---:|---:|\n");
+    for (const Photograph& photograph : photographs) {
+        const VexaImage photo = vexa::io::loadImage(from + photograph.file, VEXA_LOAD_IMAGE_COLOR);
+        const std::vector<Figure> figures = photometricFigures(photo);
+        constexpr int width = 150;
+        constexpr int height = 100;
+        Picture sheet(width * static_cast<int>(figures.size()), 2 * height);
+        int left = 0;
+        for (const Figure& figure : figures) {
+            std::printf("| %s | `%s` | %s | %.1f | %.1f |\n", photograph.name, figure.operation.c_str(),
+                        figure.model.c_str(), figure.psnrBefore, figure.psnrAfter);
+            paste(figure.before, width, height, sheet, left, 0);
+            paste(figure.after, width, height, sheet, left, height);
+            left += width;
+        }
+        if (photograph.x >= 0) save(sheet, to + "restored_" + photograph.name + ".jpg");
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -159,6 +140,7 @@ int main(int argc, char** argv)
     }
     try {
         demosaicing(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
+        restoring(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
     } catch (const char* complaint) {
         std::fprintf(stderr, "quality: %s\n", complaint);
         return 2;

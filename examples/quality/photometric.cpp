@@ -8,44 +8,9 @@
 #include <cmath>
 #include <functional>
 
-namespace quality {
 namespace {
 
 namespace co = vexa::colorOperations;
-
-/// The pixels of an 8-bit colour image, blue, green, red.
-struct Picture {
-    int width;
-    int height;
-    std::vector<unsigned char> pixels;
-
-    std::size_t at(int x, int y) const { return 3 * (static_cast<std::size_t>(y) * width + x); }
-};
-
-Picture pictureOf(const VexaImage& image)
-{
-    Picture picture{image.width(), image.height(), {}};
-    picture.pixels.resize(picture.at(0, picture.height));
-    (void)image.download(picture.pixels.data(), 3 * picture.width);
-    return picture;
-}
-
-VexaImage imageOf(const Picture& picture)
-{
-    VexaImage image(picture.width, picture.height, VEXA_8UC3);
-    (void)image.upload(picture.pixels.data(), 3 * picture.width);
-    return image;
-}
-
-/// Without the outermost pixels, which the dark channel does not reach.
-double psnr(const Picture& a, const Picture& b)
-{
-    double squares = 0;
-    for (int y = 1; y < a.height - 1; ++y)
-        for (std::size_t i = a.at(1, y); i < a.at(a.width - 1, y); ++i)
-            squares += std::pow(static_cast<double>(a.pixels[i]) - b.pixels[i], 2);
-    return 10 * std::log10(255.0 * 255.0 * 3 * (a.width - 2) * (a.height - 2) / squares);
-}
 
 /// value(original, channel, x and y from 0 to 1), rounded.
 using Model = std::function<double(double original, int channel, double x, double y)>;
@@ -56,7 +21,7 @@ Picture degraded(const Picture& original, const Model& model)
     for (int y = 0; y < picture.height; ++y)
         for (int x = 0; x < picture.width; ++x)
             for (int c = 0; c < 3; ++c) {
-                unsigned char& value = picture.pixels[picture.at(x, y) + static_cast<std::size_t>(c)];
+                unsigned char& value = picture.at(x, y)[c];
                 const double made = model(value, c, x / (picture.width - 1.0), y / (picture.height - 1.0));
                 value = static_cast<unsigned char>(std::lround(std::clamp(made, 0.0, 255.0)));
             }
@@ -130,7 +95,7 @@ struct Trial {
 /// A field of one value as the model shows it, in 16 bits.
 VexaImage field(const VexaImage& like, double value)
 {
-    const Picture flat{like.width(), like.height(), std::vector<unsigned char>(pictureOf(like).pixels.size())};
+    const Picture flat(like.width(), like.height());
     VexaImage image =
         imageOf(degraded(flat, [=](double, int c, double x, double y) { return unevenSensor(value, c, x, y); }));
     (void)image.convertTo(image, VEXA_16UC3, 1, 0);
@@ -173,10 +138,7 @@ std::vector<Figure> photometricFigures(const VexaImage& photograph)
         VexaImage restored;
         trial.restore(imageOf(before), restored);
         const Picture after = pictureOf(restored);
-        figures.push_back(
-            {trial.operation, trial.model, psnr(before, original), psnr(after, original), imageOf(before), restored});
+        figures.push_back({trial.operation, trial.model, psnr(before, original), psnr(after, original), before, after});
     }
     return figures;
 }
-
-}  // namespace quality

@@ -6,21 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "vexaCore.h"
+#include "picture.h"
 
-namespace quality {
-
-/// What an operation makes of a photograph that a model has spoilt. Ratios are in decibels, against the original.
+/// What an operation makes of a photograph that a model has spoilt. Ratios are in dB, against the original.
 struct Figure {
     std::string operation;
     std::string model;
     double psnrBefore;
     double psnrAfter;
-    VexaImage before;
-    VexaImage after;
+    Picture before;
+    Picture after;
 };
 
 /// `photograph`: 8 bits, blue, green, red.
 std::vector<Figure> photometricFigures(const VexaImage& photograph);
-
-}  // namespace quality
