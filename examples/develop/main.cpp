@@ -109,6 +109,7 @@ void require(VexaStatus status, const char* step)
 void save(VexaImage& image, const std::string& file)
 {
     if (vexa::io::saveImage(image, file) != VEXA_SUCCESS) refuse(file + " can't be written");
+    std::printf("wrote %s\n", file.c_str());
 }
 
 /// A frame that can be developed: one channel of 8 or 16 bits.
@@ -136,9 +137,12 @@ void develop(const Request& request)
     timer.Stop();
     std::printf("developed    %5d x %-5d %2d-bit, %d data bits %12.3f ms\n", raw.width(), raw.height(), raw.depth(),
                 raw.dataBits(), 1000 * timer.GetElapsedTime());
-    const int scale = 1 << (raw.depth() - raw.dataBits());
-    if (scale > 1)
-        require(vexa::dataExchange::convertScale(picture, picture, static_cast<float>(scale), 0), "convertScale");
+    if (raw.dataBits() < raw.depth()) {
+        const auto largest = [](int bits) { return static_cast<float>((1 << bits) - 1); };
+        require(
+            vexa::dataExchange::convertScale(picture, picture, largest(raw.depth()) / largest(raw.dataBits()), 0.5F),
+            "convertScale");
+    }
     save(picture, request.files[1]);
 }
 

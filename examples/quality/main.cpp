@@ -51,8 +51,14 @@ void save(const Picture& picture, const std::string& file)
     require(vexa::io::saveImage(image, file), file);
 }
 
-/// The ratio of the peak to the error in dB, of one channel away from the border.
-double psnr(const Picture& result, const Picture& truth, int channel)
+/// The ratio of the peak to the error in dB.
+double psnr(double meanSquare)
+{
+    return 10 * std::log10(255.0 * 255.0 / meanSquare);
+}
+
+/// The mean square of the error of one channel, away from the border.
+double meanSquareError(const Picture& result, const Picture& truth, int channel)
 {
     constexpr int border = 8;
     double squares = 0;
@@ -61,8 +67,7 @@ double psnr(const Picture& result, const Picture& truth, int channel)
             const double error = result.at(x, y)[channel] - truth.at(x, y)[channel];
             squares += error * error;
         }
-    const double pixels = static_cast<double>(truth.width - 2 * border) * (truth.height - 2 * border);
-    return 10 * std::log10(255.0 * 255.0 * pixels / squares);
+    return squares / (static_cast<double>(truth.width - 2 * border) * (truth.height - 2 * border));
 }
 
 /// A part of a picture, each pixel as a square, from column `left` of the sheet on.
@@ -73,7 +78,7 @@ void magnify(const Picture& picture, int x, int y, int size, int scale, Picture&
             std::copy_n(picture.at(x + column / scale, y + row / scale), 3, sheet.at(left + column, row));
 }
 
-/// The photographs, and a place in each with fine structure.
+/// The photographs, and the corner of a part with fine structure, to be shown; none is shown of a negative one.
 struct Photograph {
     const char* name;
     const char* file;
@@ -83,7 +88,7 @@ struct Photograph {
 const Photograph photographs[] = {
     {"coffee", "coffee.png", 150, 60},
     {"chelsea", "chelsea.png", 130, 90},
-    {"hubble_deep_field", "hubble_deep_field.jpg", 500, 400},
+    {"hubble_deep_field", "hubble_deep_field.jpg", -1, -1},
 };
 
 struct Method {
@@ -99,32 +104,48 @@ const Method methods[] = {
      [](const VexaImage& raw, VexaImage& picture) { return co::demosaicDFPD(raw, picture, VEXA_BAYER_RGGB, false); }},
 };
 
+/// The same part of pictures, side by side and magnified.
+Picture partsOf(const std::vector<Picture>& pictures, const Photograph& photograph)
+{
+    constexpr int size = 56;
+    constexpr int scale = 4;
+    constexpr int gap = 4;
+    const int count = static_cast<int>(pictures.size());
+    Picture sheet(count * size * scale + (count - 1) * gap, size * scale);
+    for (int i = 0; i < count; ++i)
+        magnify(pictures[static_cast<std::size_t>(i)], photograph.x, photograph.y, size, scale, sheet,
+                i * (size * scale + gap));
+    return sheet;
+}
+
+void printRow(const char* photograph, const char* method, const Picture& result, const Picture& truth)
+{
+    double sum = 0;
+    std::printf("| %s | %s |", photograph, method);
+    for (int channel = 0; channel < 3; ++channel) {
+        const double error = meanSquareError(result, truth, channel);
+        std::printf(" %.2f |", psnr(error));
+        sum += error;
+    }
+    std::printf(" %.2f |\n", psnr(sum / 3));
+}
+
 /// Photographs made into raw frames and back. All these methods give blue, green, red.
 void demosaicing(const std::string& from, const std::string& to)
 {
-    std::printf("| photograph | method | blue | green | red |\n|---|---|---:|---:|---:|\n");
+    std::printf("| photograph | method | blue | green | red | all |\n|---|---|---:|---:|---:|---:|\n");
     for (const Photograph& photograph : photographs) {
         const VexaImage photo = vexa::io::loadImage(from + photograph.file, VEXA_LOAD_IMAGE_COLOR);
-        const Picture truth = pictureOf(photo);
         VexaImage raw;
         require(mosaic(photo, VEXA_BAYER_RGGB, raw), "mosaic");
-
-        constexpr int size = 56;
-        constexpr int scale = 4;
-        constexpr int gap = 4;
-        Picture sheet(4 * size * scale + 3 * gap, size * scale);
-        magnify(truth, photograph.x, photograph.y, size, scale, sheet, 0);
-        int left = 0;
+        std::vector<Picture> pictures{pictureOf(photo)};
         for (const Method& method : methods) {
             VexaImage developed;
             require(method.demosaic(raw, developed), method.name);
-            const Picture result = pictureOf(developed);
-            std::printf("| %s | %s | %.2f | %.2f | %.2f |\n", photograph.name, method.name, psnr(result, truth, 0),
-                        psnr(result, truth, 1), psnr(result, truth, 2));
-            left += size * scale + gap;
-            magnify(result, photograph.x, photograph.y, size, scale, sheet, left);
+            pictures.push_back(pictureOf(developed));
+            printRow(photograph.name, method.name, pictures.back(), pictures.front());
         }
-        save(sheet, to + "demosaic_" + photograph.name + ".jpg");
+        if (photograph.x >= 0) save(partsOf(pictures, photograph), to + "demosaic_" + photograph.name + ".jpg");
     }
 }
 
