@@ -95,9 +95,9 @@ struct SampleNearest {
 
     VEXA_DEVICE Spot<float> place(Position position) const
     {
-        const bool touches = detail::contains(src, position);
         const int x = static_cast<int>(floor(position.x + 0.5));
         const int y = static_cast<int>(floor(position.y + 0.5));
+        const bool touches = (x >= 0) & (y >= 0) & (x < src.width) & (y < src.height);
         return {detail::reachOf(touches, x < src.width - detail::spareTaps<C>), x, y, 0, 0};
     }
 
