@@ -1,5 +1,5 @@
 /// @file
-/// An image as the primitives of statistics take it.
+/// An image as the primitives of the seam take it.
 
 #pragma once
 
