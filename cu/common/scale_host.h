@@ -1,7 +1,7 @@
 /// @file
 /// Resizing on the host. The result is cut into tiles, whose tables of taps and interpolated source rows stay in the
-/// cache next to the processor. A source row is interpolated along its columns once and kept for all result rows that
-/// it has a part in.
+/// nearer caches. A source row is interpolated along its columns once and kept for all result rows that it has a part
+/// in.
 
 #pragma once
 
