@@ -46,6 +46,9 @@ inline constexpr int chainRows = 4;
 inline constexpr int chainColumns = 64;
 using Chains = float[chainRows][chainColumns];
 
+/// Rows of a tile; the lines that windows reach below are made twice.
+inline constexpr int correlationRows = 16;
+
 /// A step of the rows first to last for the samples of one line: the tap of row r is coefficient[-r].
 template <int first, int last>
 inline void addLine(const float* line, const float* coefficient, Chains& sum)
@@ -94,7 +97,22 @@ inline int roundUp(int value, int step)
     return (value + step - 1) / step * step;
 }
 
-/// rule(x, y, sum) for every element of a tile; `lines` are for the rows that its windows reach.
+/// The elements that the windows of a tile reach, from its first window's first tap on: where they lie, if nothing is
+/// to convert and all are inside, else in `lines`.
+template <typename T>
+inline Plane<const float> reachedBy(const FetchClamped<T>& src, int left, int top, int width, int height,
+                                    Plane<float> lines)
+{
+    if constexpr (std::is_same_v<T, float>) {
+        const bool inside = left >= 0 && top >= 0 && left + width <= src.width && top + height <= src.height;
+        // Rows of larger filters would compete for places in the cache, if the pitch is a power of two.
+        if (inside && height <= correlationRows + 4) return {src.row(top) + left, src.pitch};
+    }
+    for (int y = 0; y < height; ++y) fetchLine(lines.row(y), src, left, left + width, top + y);
+    return {lines.pixels, lines.pitch};
+}
+
+/// rule(x, y, sum) for every element of a tile; `lines` has room for the rows that its windows reach.
 template <int C, typename T, typename Rule>
 inline void correlateTile(const FetchClamped<T>& src, const Tile& tile, const Footprint& taps,
                           const Coefficients& coefficients, Plane<float> lines, const Rule& rule)
@@ -102,11 +120,10 @@ inline void correlateTile(const FetchClamped<T>& src, const Tile& tile, const Fo
     // Whole blocks, as what the last one computes too much must be there to read.
     const int width = roundUp(tile.right - tile.left, chainColumns) + C * std::max(taps.columns - 1, 0);
     const int height = roundUp(tile.bottom - tile.top, chainRows) + std::max(taps.rows - 1, 0);
-    const int left = tile.left + C * taps.x;
-    for (int y = 0; y < height; ++y) fetchLine(lines.row(y), src, left, left + width, tile.top + taps.y + y);
+    const Plane<const float> from = reachedBy(src, tile.left + C * taps.x, tile.top + taps.y, width, height, lines);
     for (int y = tile.top; y < tile.bottom; y += chainRows)
         for (int x = tile.left; x < tile.right; x += chainColumns)
-            correlateBlock<C>(lines.row(y - tile.top) + x - tile.left, lines.pitch, taps, coefficients, x, y,
+            correlateBlock<C>(from.row(y - tile.top) + x - tile.left, from.pitch, taps, coefficients, x, y,
                               std::min(chainColumns, tile.right - x), std::min(chainRows, tile.bottom - y), rule);
 }
 
@@ -119,7 +136,7 @@ inline void correlate(const FetchClamped<T>& src, Interior area, const Footprint
 {
     using namespace detail;
     if (area.left >= area.right || area.top >= area.bottom) return;
-    const Tiling tiling{area, 512, 32};
+    const Tiling tiling{area, 2048, correlationRows};
     const auto body = [=](std::size_t begin, std::size_t end) {
         const Rule own = rule;
         const int pitch = tiling.tileWidth + C * std::max(taps.columns, 1);
