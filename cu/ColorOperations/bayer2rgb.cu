@@ -5,6 +5,7 @@
 /// integers in quarters or sixteenths; that is exact, so it is what float arithmetic gives.
 
 #include "arguments.h"
+#include "dataBits.h"
 #include "mosaic.h"
 #include "mosaics.h"
 #include "narrow.h"
@@ -317,7 +318,7 @@ VexaStatus vexa_bayerToRgb_8u_C1(Vexa8u* pSrc, Vexa8u* pDst, VexaSize imgSize, V
 VexaStatus vexa_bayerToRgb_16u_C1(Vexa16u* pSrc, Vexa16u* pDst, VexaSize imgSize, Vexa32s srcPitch, Vexa32s dstPitch,
                                   VexaBayerSeq seq, Vexa32s dataBits, cudaStream_t stream)
 {
-    return launchOneOf(kernels16u, pSrc, pDst, imgSize, srcPitch, dstPitch, seq, stream, largestValue(dataBits));
+    return launchOneOf(kernels16u, pSrc, pDst, imgSize, srcPitch, dstPitch, seq, stream, int{highestOf<u16>(dataBits)});
 }
 
 namespace vexa::colorOperations {

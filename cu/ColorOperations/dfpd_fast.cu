@@ -7,7 +7,7 @@
 #include "dfpd.h"
 
 #include "arguments.h"
-#include "elements.h"
+#include "dataBits.h"
 #include "mosaic.h"
 
 using namespace vexa;
@@ -154,7 +154,7 @@ template <VexaBayerSeq seq, typename T>
 VexaStatus demosaicPasses(T* src, T* dst, int width, int height, int spitch, int dpitch, int databits,
                           cudaStream_t stream)
 {
-    const int maxVal = std::min(largestValue(databits), Element<T>::max);
+    const int maxVal = highestOf<T>(databits);
     const int srcPitch = elements<T>(spitch);
     const int dstPitch = elements<T>(dpitch);
     if (demosaicAtOnce<Sites<seq>>(FetchZero<T>{src, width, height, srcPitch}, Interleaved<T, 3>{dst, dstPitch},

@@ -1,9 +1,7 @@
 /// @file
-/// What the demosaicing operations share: the checks of their images, and the range of a raw value.
+/// The checks of images that the demosaicing operations share.
 
 #pragma once
-
-#include <algorithm>
 
 #include "checks.h"
 
@@ -16,13 +14,6 @@ namespace vexa {
     if (src.channels() != 1) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
     if (dst.isInitialized() && dst.channels() != 3) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
     return matchOrCreate(dst, src, {same::width, same::height, same::depth}, src.size(), src.depth(), 3);
-}
-
-/// The largest value of so many bits.
-inline int largestValue(int dataBits)
-{
-    constexpr int bitsOfAnInt = 30;
-    return (1 << std::clamp(dataBits, 0, bitsOfAnInt)) - 1;
 }
 
 }  // namespace vexa

@@ -6,6 +6,7 @@
 #include "arguments.h"
 #include "checks.h"
 #include "correlate.h"
+#include "dataBits.h"
 #include "dispatch.h"
 #include "pitch.h"
 
@@ -111,7 +112,7 @@ struct Filtering {
     static constexpr int bits = 8 * static_cast<int>(sizeof(T));
     static constexpr bool saturates = Element<T>::saturates;
 
-    int maxVal() const { return saturates ? (1 << std::clamp(dataBits, 0, 16)) - 1 : 0; }
+    int maxVal() const { return saturates ? highestOf<std::conditional_t<saturates, T, u16>>(dataBits) : 0; }
     int anchorX() const { return withinReach(filter.anchor().x, width); }
     int anchorY() const { return withinReach(filter.anchor().y, height); }
 
