@@ -111,7 +111,7 @@ VexaFilter::VexaFilter(const VexaFilter& other)
 
 VexaFilter& VexaFilter::operator=(const VexaFilter& other)
 {
-    // In this order the coefficients outlive an assignment of the filter to itself.
+    if (this == &other) return *this;
     addOwner(other._coeffs);
     removeOwner(_coeffs);
     _width = other._width;
@@ -142,7 +142,7 @@ bool VexaFilter::create(Vexa32s w, Vexa32s h, const VexaPoint2D<int>& anchor, Ve
     _coeffs = created;
     _anchor = anchor;
     _init = true;
-    const std::size_t count = static_cast<std::size_t>(w * h);
+    const std::size_t count = static_cast<std::size_t>(static_cast<long long>(w) * h);
     if (coeffs != nullptr)
         std::copy_n(coeffs, count, created);
     else

@@ -79,12 +79,12 @@ struct Pixels<std::uint8_t> {
     {
         alignas(64) std::uint8_t from[3][64] = {};
         alignas(64) std::uint8_t packed[64] = {};
-        for (int pixel = 0; pixel < 16; ++pixel)
-            for (int slot = 0; slot < 3; ++slot) {
+        for (std::size_t pixel = 0; pixel < 16; ++pixel)
+            for (std::size_t slot = 0; slot < 3; ++slot) {
                 from[slot][4 * pixel] = static_cast<std::uint8_t>(3 * pixel + slot);
                 packed[3 * pixel + slot] = static_cast<std::uint8_t>(pixel / 4 * 16 + slot * 4 + pixel % 4);
             }
-        for (int slot = 0; slot < 3; ++slot) apart[slot] = _mm512_load_si512(from[slot]);
+        for (std::size_t slot = 0; slot < 3; ++slot) apart[slot] = _mm512_load_si512(from[slot]);
         together = _mm512_load_si512(packed);
         highest = _mm512_set1_epi8(static_cast<char>(highestValue));
     }
@@ -121,14 +121,14 @@ struct Pixels<std::uint16_t> {
     {
         alignas(64) std::uint16_t from[3][32] = {};
         alignas(64) std::uint16_t packed[64] = {};
-        for (int pixel = 0; pixel < 16; ++pixel)
-            for (int slot = 0; slot < 3; ++slot) {
+        for (std::size_t pixel = 0; pixel < 16; ++pixel)
+            for (std::size_t slot = 0; slot < 3; ++slot) {
                 from[slot][2 * pixel] = static_cast<std::uint16_t>(3 * pixel + slot);
-                const int lane = pixel / 4 * 8 + pixel % 4;
+                const std::size_t lane = pixel / 4 * 8 + pixel % 4;
                 packed[3 * pixel + slot] = static_cast<std::uint16_t>(slot == 2 ? 32 + lane : lane + slot * 4);
             }
-        for (int slot = 0; slot < 3; ++slot) apart[slot] = _mm512_load_si512(from[slot]);
-        for (int half = 0; half < 2; ++half) together[half] = _mm512_load_si512(packed + 32 * half);
+        for (std::size_t slot = 0; slot < 3; ++slot) apart[slot] = _mm512_load_si512(from[slot]);
+        for (std::size_t half = 0; half < 2; ++half) together[half] = _mm512_load_si512(packed + 32 * half);
         highest = _mm512_set1_epi16(static_cast<short>(highestValue));
     }
 
