@@ -71,8 +71,13 @@ function(vexa_compile_kernels)
         endif()
     else()
         set_property(SOURCE ${ARGN} PROPERTY LANGUAGE CXX)
+        # Under sanitizers networks of unrolled steps take minutes to optimise.
+        set(level -O3)
+        if(VEXA_SANITIZE)
+            set(level -O1)
+        endif()
         # Clang warns of every loop that it leaves scalar; that is a matter of speed, which is measured with GCC.
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS
-            -x c++ -fopenmp-simd -fno-math-errno -fno-trapping-math -O3 $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
+            -x c++ -fopenmp-simd -fno-math-errno -fno-trapping-math ${level} $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
     endif()
 endfunction()
