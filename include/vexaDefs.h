@@ -24,7 +24,7 @@ struct CUstream_st;
 typedef struct CUstream_st* cudaStream_t;
 
 /// Pixel formats: element kind and channel count, four rows a kind.
-enum VexaType : int {
+enum VEXA_API VexaType : int {
     VEXA_8UC1 = 0,
     VEXA_8UC2 = 1,
     VEXA_8UC3 = 2,
@@ -60,7 +60,7 @@ enum VexaType : int {
 };
 
 /// Result of nearly every public operation: 0 is success, negative is failure, the one positive value is a warning.
-enum VexaStatus : int {
+enum VEXA_API VexaStatus : int {
     VEXA_NO_ERROR = 0,
     VEXA_SUCCESS = 0,
     VEXA_MEM_ALLOC_ERR = -1,
@@ -108,7 +108,7 @@ enum VexaStatus : int {
 };
 
 /// Order of the channels of a pixel.
-enum VexaChannelSeq : int {
+enum VEXA_API VexaChannelSeq : int {
     VEXA_CHANNEL_SEQ_RGB = 0,
     VEXA_CHANNEL_SEQ_BGR = 1,
     VEXA_CHANNEL_SEQ_BGRA = 2,
@@ -118,7 +118,7 @@ enum VexaChannelSeq : int {
 };
 
 /// What a file is converted to while it is loaded.
-enum VexaLoadType : int {
+enum VEXA_API VexaLoadType : int {
     VEXA_LOAD_IMAGE_DEFAULT = -1,              ///< as the file has it
     VEXA_LOAD_IMAGE_GRAYSCALE = 0,             ///< 8-bit, one channel
     VEXA_LOAD_IMAGE_COLOR = 1,                 ///< 8-bit, blue, green, red
@@ -127,19 +127,19 @@ enum VexaLoadType : int {
 };
 
 /// Where a pointer points.
-enum VexaPointerType : int {
+enum VEXA_API VexaPointerType : int {
     VEXA_PTR_NONE = -1,
     VEXA_PTR_DEVICE = 0,
     VEXA_PTR_HOST = 1,
     VEXA_PTR_HOST_PAGE_LOCKED = 2
 };
 
-enum VexaInterpolationType : int { VEXA_INTER_NEAREST = 1, VEXA_INTER_LINEAR = 2, VEXA_INTER_CUBIC = 3 };
+enum VEXA_API VexaInterpolationType : int { VEXA_INTER_NEAREST = 1, VEXA_INTER_LINEAR = 2, VEXA_INTER_CUBIC = 3 };
 
-enum VexaFlipType : int { VEXA_FLIP_UP_DOWN = 0, VEXA_FLIP_LEFT_RIGHT = 1, VEXA_FLIP_BOTH_DIRECTIONS = 2 };
+enum VEXA_API VexaFlipType : int { VEXA_FLIP_UP_DOWN = 0, VEXA_FLIP_LEFT_RIGHT = 1, VEXA_FLIP_BOTH_DIRECTIONS = 2 };
 
 /// Stencils of the gradient operations.
-enum VexaGradientKernelType : int {
+enum VEXA_API VexaGradientKernelType : int {
     VEXA_GRADIENT_CENTRAL_DIFFERENCE = 0,
     VEXA_GRADIENT_SOBEL_3x3 = 1,
     VEXA_GRADIENT_SCHARR_3x3 = 2,
@@ -147,7 +147,7 @@ enum VexaGradientKernelType : int {
 };
 
 /// Layouts of a Bayer mosaic, named by its first two rows; the HQ rows select the high-quality stencils.
-enum VexaBayerSeq : int {
+enum VEXA_API VexaBayerSeq : int {
     VEXA_BAYER_BLANK = 0,
     VEXA_BAYER_BGGR = 1,
     VEXA_BAYER_GBRG = 2,
@@ -159,13 +159,17 @@ enum VexaBayerSeq : int {
     VEXA_BAYER_GBRG_HQ = 8
 };
 
-enum VexaColor : int { VEXA_COLOR_RED = 0, VEXA_COLOR_GREEN = 1, VEXA_COLOR_BLUE = 2 };
+enum VEXA_API VexaColor : int { VEXA_COLOR_RED = 0, VEXA_COLOR_GREEN = 1, VEXA_COLOR_BLUE = 2 };
 
 /// Corner measures of the feature detector.
-enum VexaFeaturesAlgorithm : int { VEXA_FEATURES_KLT = 0, VEXA_FEATURES_HARRIS = 1, VEXA_FEATURES_HARRIS_PETER = 2 };
+enum VEXA_API VexaFeaturesAlgorithm : int {
+    VEXA_FEATURES_KLT = 0,
+    VEXA_FEATURES_HARRIS = 1,
+    VEXA_FEATURES_HARRIS_PETER = 2
+};
 
 /// Properties of a spectrum.
-enum VexaFFTProp : int {
+enum VEXA_API VexaFFTProp : int {
     VEXA_FFT_MAGNITUDE = 0,
     VEXA_FFT_SCALED_MAGNITUDE = 1,
     VEXA_FFT_PHASE = 2,
