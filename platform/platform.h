@@ -28,6 +28,13 @@ using Stream = cudaStream_t;
 /// Page-locked host memory, null on failure.
 void* allocatePinned(std::size_t bytes);
 void releasePinned(void* block);
+
+/// Page-locks host memory that others have allocated, so that the device copies to it by itself; null memory can't be.
+/// VEXA_MEMORY_PINNING_ERROR
+[[nodiscard]] VexaStatus pin(void* memory, std::size_t bytes);
+
+/// Ends that. Copies must have finished.
+void unpin(void* memory);
 /// @}
 
 /// @name Copies and fills

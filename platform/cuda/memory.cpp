@@ -63,6 +63,16 @@ void releasePinned(void* block)
     (void)cudaFreeHost(block);
 }
 
+VexaStatus pin(void* memory, std::size_t bytes)
+{
+    return answer(cudaHostRegister(memory, bytes, cudaHostRegisterDefault), VEXA_MEMORY_PINNING_ERROR);
+}
+
+void unpin(void* memory)
+{
+    (void)cudaHostUnregister(memory);
+}
+
 VexaStatus copyToDevice(void* device, const void* host, std::size_t bytes)
 {
     return answer(cudaMemcpy(device, host, bytes, cudaMemcpyHostToDevice), VEXA_MEMCPY_H2D_ERROR);

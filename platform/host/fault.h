@@ -9,6 +9,7 @@ enum class Call {
     allocate,
     release,
     allocatePinned,
+    pin,
     copyToDevice,
     copyToHost,
     copyOnDevice,

@@ -148,4 +148,13 @@ void releasePinned(void* block)
     std::free(block);
 }
 
+VexaStatus pin(void* memory, std::size_t /*bytes*/)
+{
+    // Nothing moves the pages that a host kernel writes to.
+    return fault::strikes(fault::Call::pin) || memory == nullptr ? VEXA_MEMORY_PINNING_ERROR : VEXA_SUCCESS;
+}
+
+void unpin(void* /*memory*/)
+{}
+
 }  // namespace vexa::platform
