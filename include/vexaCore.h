@@ -1,6 +1,6 @@
 /// @file
 /// The classes of the library: VexaStream, VexaTimer, VexaImage and VexaHistogram. This header alone gives a caller
-/// everything: it includes the headers of the operations at its end.
+/// everything: it includes the headers of the operations and of the other classes at its end.
 
 #pragma once
 
@@ -324,3 +324,4 @@ private:
 #include "vexaImageFiltering.h"
 #include "vexaImageStatistics.h"
 #include "vexaOperators.h"
+#include "vexaPyramid.h"

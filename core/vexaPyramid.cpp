@@ -1,0 +1,214 @@
+/// @file
+/// VexaPyramid. Statuses of the operations on levels are dropped: levels may have no pixels.
+
+#include "vexaPyramid.h"
+
+#include <algorithm>
+#include <cstddef>
+
+using namespace vexa;
+
+namespace {
+
+/// What stands for a level that does not exist.
+VexaImage _null_image_;
+
+/// A side of the next level. One that is past an integer has no pixels either.
+Vexa32s scaled(Vexa32s side, Vexa32f scale)
+{
+    constexpr Vexa32f limit = 2147483648.0F;
+    const Vexa32f product = static_cast<Vexa32f>(side) * scale;
+    return product < limit ? static_cast<Vexa32s>(product) : 0;
+}
+
+/// visit(level, size) for every level from the source on.
+template <typename Visit>
+void forEachLevel(VexaSize size, Vexa32s levels, Vexa32f scale, const Visit& visit)
+{
+    for (Vexa32s i = 0; i < levels; ++i) {
+        visit(scale < 1 ? i : levels - 1 - i, size);
+        size = {scaled(size.width, scale), scaled(size.height, scale)};
+    }
+}
+
+/// The filtered image.
+VexaImage filtered(const VexaImage& src, const VexaFilter& filter)
+{
+    VexaImage dst(src.size(), src.type());
+    // Black if refused, rather than memory that nothing wrote.
+    if (imageFiltering::imageFilter(src, dst, filter)) (void)dst.set(0.0);
+    return dst;
+}
+
+/// The image at another size.
+VexaImage resized(const VexaImage& src, const VexaSize& size, VexaInterpolationType interpolation)
+{
+    VexaImage dst(size, src.type());
+    if (geometryTransforms::resize(src, dst, interpolation)) (void)dst.set(0.0);
+    return dst;
+}
+
+void subtractFrom(VexaImage& image, const VexaImage& other)
+{
+    (void)arithmeticLogical::subtract(image, other, image);
+}
+
+/// The band-pass levels of a pyramid whose first level is the source.
+void differencesDownwards(VexaImage* level, Vexa32s levels, const VexaFilter& filter,
+                          VexaInterpolationType interpolation)
+{
+    for (Vexa32s i = 1; i < levels; ++i) {
+        VexaImage smooth = filtered(level[i - 1], filter);
+        (void)geometryTransforms::resize(smooth, level[i], interpolation);
+        (void)geometryTransforms::resize(level[i], smooth, interpolation);
+        subtractFrom(level[i - 1], smooth);
+    }
+    VexaImage& last = level[levels - 1];
+    VexaImage smooth = filtered(last, filter);
+    const VexaImage half = resized(smooth, {last.width() / 2, last.height() / 2}, interpolation);
+    (void)geometryTransforms::resize(half, smooth, interpolation);
+    subtractFrom(last, smooth);
+}
+
+/// The band-pass levels of a pyramid whose last level is the source.
+void differencesUpwards(VexaImage* level, Vexa32s levels, const VexaFilter& filter, VexaInterpolationType interpolation)
+{
+    for (Vexa32s i = levels - 2; i >= 0; --i) {
+        (void)geometryTransforms::resize(level[i + 1], level[i], interpolation);
+        subtractFrom(level[i + 1], resized(filtered(level[i], filter), level[i + 1].size(), interpolation));
+    }
+    VexaImage& first = level[0];
+    const VexaImage twice = resized(first, {2 * first.width(), 2 * first.height()}, interpolation);
+    subtractFrom(first, resized(filtered(twice, filter), first.size(), interpolation));
+}
+
+}  // namespace
+
+VexaPyramid::VexaPyramid() : _pyramid(nullptr), _levels(0), _init(false), _scale(0) {}
+
+VexaPyramid::VexaPyramid(const VexaImage& src, Vexa32s levels, Vexa32f scale, VexaInterpolationType interpolation)
+    : VexaPyramid()
+{
+    (void)create(src, levels, scale, interpolation);
+}
+
+VexaPyramid::VexaPyramid(const VexaSize& size, VexaType type, Vexa32s levels, Vexa32f scale) : VexaPyramid()
+{
+    (void)create(size, type, levels, scale);
+}
+
+VexaPyramid::~VexaPyramid()
+{
+    (void)release();
+}
+
+VexaImage* VexaPyramid::images() const
+{
+    return static_cast<VexaImage*>(_pyramid);
+}
+
+VexaStatus VexaPyramid::create(const VexaSize& size, VexaType type, Vexa32s levels, Vexa32f scale)
+{
+    if (_init) return VEXA_SUCCESS;
+    if (levels < 1 || !(scale > 0)) return VEXA_INVALID_ARG_ERROR;
+    _pyramid = new VexaImage[static_cast<std::size_t>(levels)];
+    _scale = scale;
+    _levels = levels;
+    _init = true;
+    forEachLevel(size, levels, scale,
+                 [this, type](Vexa32s i, const VexaSize& own) { (void)images()[i].create(own, type); });
+    return VEXA_SUCCESS;
+}
+
+VexaStatus VexaPyramid::create(const VexaImage& src, Vexa32s levels, Vexa32f scale, VexaInterpolationType interpolation)
+{
+    if (_init) return VEXA_SUCCESS;
+    if (const VexaStatus failed = create(src.size(), src.type(), levels, scale)) return failed;
+    // Enlarging is linear whatever the caller asks for; that is meant.
+    const VexaInterpolationType mode = scale < 1 ? interpolation : VEXA_INTER_LINEAR;
+    for (Vexa32s i = 0; i < levels; ++i) (void)geometryTransforms::resize(src, images()[i], mode);
+    return VEXA_SUCCESS;
+}
+
+VexaStatus VexaPyramid::createGaussian(const VexaImage& src, Vexa32s levels, Vexa32f scale, const VexaSize& filterSize,
+                                       Vexa32f sigma, VexaInterpolationType interpolation)
+{
+    if (const VexaStatus failed = create(src.size(), src.type(), levels, scale)) return failed;
+    const VexaFilter filter = VexaSpecialFilters::gaussian(filterSize, sigma);
+    VexaImage* const level = images();
+    const Vexa32s count = std::clamp(levels, 1, _levels);
+    if (scale < 1) {
+        level[0] = src;
+        for (Vexa32s i = 1; i < count; ++i)
+            (void)geometryTransforms::resize(filtered(level[i - 1], filter), level[i], interpolation);
+    } else {
+        level[count - 1] = src;
+        for (Vexa32s i = count - 2; i >= 0; --i)
+            (void)imageFiltering::imageFilter(resized(level[i + 1], level[i].size(), interpolation), level[i], filter);
+    }
+    return VEXA_SUCCESS;
+}
+
+VexaStatus VexaPyramid::createLaplacian(const VexaImage& src, Vexa32s levels, Vexa32f scale, const VexaSize& filterSize,
+                                        Vexa32f sigma, VexaInterpolationType interpolation)
+{
+    if (const VexaStatus failed = create(src.size(), src.type(), levels, scale)) return failed;
+    const VexaFilter filter = VexaSpecialFilters::gaussian(filterSize, sigma);
+    VexaImage* const level = images();
+    const Vexa32s count = std::clamp(levels, 1, _levels);
+    if (scale < 1) {
+        level[0] = src;
+        differencesDownwards(level, count, filter, interpolation);
+    } else {
+        level[count - 1] = src;
+        differencesUpwards(level, count, filter, interpolation);
+    }
+    return VEXA_SUCCESS;
+}
+
+VexaStatus VexaPyramid::release()
+{
+    if (!_init) return VEXA_SUCCESS;
+    delete[] images();
+    _init = false;
+    _levels = 0;
+    _scale = 0;
+    return VEXA_SUCCESS;
+}
+
+bool VexaPyramid::isInitialized() const
+{
+    return _init;
+}
+
+Vexa32s VexaPyramid::levels() const
+{
+    return _levels;
+}
+
+Vexa32f VexaPyramid::scale() const
+{
+    return _scale;
+}
+
+const VexaImage& VexaPyramid::largest() const
+{
+    return _init ? images()[0] : _null_image_;
+}
+
+const VexaImage& VexaPyramid::smallest() const
+{
+    return _init ? images()[_levels - 1] : _null_image_;
+}
+
+VexaImage& VexaPyramid::operator[](Vexa32s i)
+{
+    if (i >= 0 && i < _levels) return images()[i];
+    (void)_null_image_.release();
+    return _null_image_;
+}
+
+const VexaImage& VexaPyramid::operator[](Vexa32s i) const
+{
+    return i >= 0 && i < _levels ? images()[i] : _null_image_;
+}
