@@ -6,18 +6,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "clear.h"
 #include "platform.h"
 
-namespace {
-
-/// Clears a field of an object that is about to die. A plain store would be dropped, as nothing may read it.
-template <typename T>
-void clear(T& field)
-{
-    static_cast<volatile T&>(field) = T();
-}
-
-}  // namespace
+using vexa::clear;
 
 VexaSize::VexaSize() : width(0), height(0) {}
 
