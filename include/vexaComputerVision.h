@@ -100,3 +100,73 @@ VEXA_API VexaStatus vexa_goodFeaturesToTrack(Vexa8u* pSrc, Vexa32s srcWidth, Vex
                                              Vexa32s minimumDistance, Vexa32s blockSize, Vexa32f k,
                                              cudaStream_t stream);
 /// @}
+
+/// @name Dense optical flow
+/// @{
+namespace vexa {
+namespace computerVision {
+
+/// How far each pixel of an 8UC1 image moves to the next one, by relaxation after Horn and Schunck from the derivatives
+/// of two times two pixels in both images: 0 at first, then `iterations` rounds in which a pixel takes its own flow for
+/// that around it. Without gradients and with a `lambda` of 0 the flow is NaN.
+///
+/// The images are read as width * height bytes one after the other, whatever their pitch: give them one that is their
+/// width, or the flow is that of skewed images. Pixels past the end are 0. Waits for the result.
+///
+/// @param flowX width * height floats in host memory, row by row: the flow along y, that is, between rows
+/// @param flowY the same for the flow along x
+/// @param usePrevious is not read: the flow starts at 0
+/// @param lambda weight of smoothness, in gray levels; it counts by its square
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty image; VEXA_DEPTH_NOT_SUPPORTED_ERROR and
+///         VEXA_CHANNEL_NOT_SUPPORTED_ERROR for another format of `previous`; VEXA_NOT_SUPPORTED_MODE_ERROR if the
+///         images differ in width, height, depth or channels; VEXA_SIZE_ERROR for less than 256 pixels. Whatever fails
+///         after that is not reported
+VEXA_API VexaStatus opticalFlowHS(const VexaImage& previous, const VexaImage& next, Vexa32f* flowX, Vexa32f* flowY,
+                                  const bool usePrevious, const Vexa32f lambda, const Vexa32s iterations,
+                                  const VexaStream& stream = VexaStream(false));
+
+/// How far each pixel of an 8UC1 image moves to the next one, by the method of Lucas and Kanade from coarse to fine: on
+/// each level a pixel moves its window by up to `iterations` steps until one is shorter than `errorThreshold` along
+/// both axes. A level has half the size of the next finer one, truncated, and is the image resized by linear
+/// interpolation; it starts from twice the flow of the coarser one. Levels without pixels are left out.
+///
+/// Of the criteria `windowSize` means radii here: the window has 2 * width + 1 by 2 * height + 1 pixels. Pixels whose
+/// window leaves the image keep the guess of the coarser level, which is 0 if there is none. `subSampling` and
+/// `maxResidue` are not read.
+///
+/// `next` is sampled as a texture whose texels are centred at halves, so the flow holds half a pixel more along both
+/// axes than the pixels move: subtract 0.5. Gradients are differences of pixels two apart, so a step goes half of the
+/// way, and a handful of iterations is needed. Where the window has no structure in some direction the flow is NaN, or
+/// 0 where it would be infinite or lead out of the image; a NaN is passed on to finer levels. Waits for the result.
+///
+/// @param flowX width * height floats in host memory, row by row: the flow along x. Page-locked for the copy
+/// @param flowY the same for the flow along y
+/// @return VEXA_IMAGE_NOT_INITIALIZED for an empty image; VEXA_NOT_SUPPORTED_MODE_ERROR if the images differ in width,
+///         height or type; VEXA_TYPE_NOT_SUPPORTED_ERROR for other types; VEXA_INVALID_ARG_ERROR for negative
+///         `pyramidLevels`; VEXA_INTERNAL_FUNCTION_CALL_ERROR if a level fails; VEXA_MEMORY_PINNING_ERROR for arrays
+///         that can't be page-locked, null ones too; VEXA_MEMCPY_D2H_ERROR
+VEXA_API VexaStatus opticalFlowPyrLKDense(const VexaImage& previous, const VexaImage& next, Vexa32f* flowX,
+                                          Vexa32f* flowY, const VexaTrackingCriteria criteria,
+                                          const VexaStream& stream = VexaStream(false));
+
+}  // namespace computerVision
+}  // namespace vexa
+
+/// The workers, on device pointers and arrays in host memory. `criteria` is the number of rounds; `imgWidthStep`, in
+/// bytes, is the pitch of both images.
+VEXA_API VexaStatus vexa_calcOpticalFlowHS_8u_C1(Vexa8u* imgA, Vexa8u* imgB, int imageWidth, int imageHeight,
+                                                 Vexa32f* u, Vexa32f* v, bool usePrevious, Vexa32f lambda,
+                                                 Vexa32s criteria, cudaStream_t stream);
+VEXA_API VexaStatus vexa_opticalFlowPyramidLK(Vexa8u* prevImg, Vexa8u* nextImg, Vexa32u imgWidth, Vexa32u imgWidthStep,
+                                              Vexa32u imgHeight, Vexa32f* dx, Vexa32f* dy, VexaSize windowSize,
+                                              Vexa32s pyramidLevels, Vexa32f subsampling, Vexa32s maxIterations,
+                                              Vexa32f errorThreshold, cudaStream_t internal_stream);
+
+/// As vexa::computerVision::opticalFlowPyrLKDense on Gaussian pyramids, with another guess: in proportion to the
+/// widths. Takes the nearest pixel, so the flow holds no half a pixel but goes by whole ones, and steps end where those
+/// agree best. What fails on a level is not reported.
+/// @return as opticalFlowPyrLKDense
+VEXA_API VexaStatus vexa_opticalFlowPyramidLK2(const VexaImage& prev, const VexaImage& next, float* dx, float* dy,
+                                               VexaSize windowSize, int pyramidLevels, float subsampling,
+                                               int maxIterations, float errorThreshold, cudaStream_t stream);
+/// @}

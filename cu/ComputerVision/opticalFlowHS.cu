@@ -133,7 +133,8 @@ VexaStatus opticalFlowHS(const VexaImage& previous, const VexaImage& next, Vexa3
     if (previous.channels() != 1) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
     if (const VexaStatus failed = match(next, previous, {same::width, same::height, same::depth, same::channels}))
         return failed;
-    // Not the worker on raw pointers: an image with a small pitch of its own ends before as many bytes as it has pixels.
+    // Not the worker on raw pointers: an image with a small pitch of its own ends before as many bytes as it has
+    // pixels.
     return calculate({previous.ptr<u8>(), bytesOf(previous)}, {next.ptr<u8>(), bytesOf(next)}, previous.width(),
                      previous.height(), flowX, flowY, iterations, lambda, handle(stream));
 }

@@ -1,8 +1,10 @@
 /// @file
 /// Dense Lucas-Kanade flow from coarse to fine, by two drivers: one halves sizes by shifts and passes guesses on before
-/// a level, the other holds its levels in pyramids and passes them on after. Window sizes are radii here: that is meant.
+/// a level, the other holds its levels in pyramids and passes them on after. Window sizes are radii here: that is
+/// meant.
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "arguments.h"
@@ -158,6 +160,7 @@ VEXA_API VexaStatus _calcOpticalFlowLK2(Vexa8u* prevImg, Vexa8u* nextImg, int wi
 VEXA_API VexaStatus _passGuess(float* bigX, float* bigY, float* smallX, float* smallY, const VexaSize& bigSize,
                                const VexaSize& smallSize, const int bigPitch, const int smallPitch, cudaStream_t stream)
 {
+    if (smallSize.width < 1 || smallSize.height < 1) return VEXA_SUCCESS;
     launch(passGuessKernel, Extent{bigSize.width, bigSize.height}, stream, bigX, bigY, smallX, smallY, bigSize.width,
            bigSize.height, smallSize.width, smallSize.height, elements<f32>(bigPitch), elements<f32>(smallPitch));
     return VEXA_SUCCESS;
@@ -168,6 +171,7 @@ VEXA_API VexaStatus _passGuess2(float* bigX, float* bigY, float* smallX, float* 
                                 const VexaSize& smallSize, const int bigPitch, const int smallPitch,
                                 cudaStream_t stream)
 {
+    if (smallSize.width < 1 || smallSize.height < 1) return VEXA_SUCCESS;
     const float ratio = static_cast<float>(bigSize.width) / static_cast<float>(smallSize.width);
     launch(kernel_pass_guess, Extent{bigSize.width, bigSize.height}, stream, bigX, bigY, smallX, smallY, bigSize.width,
            bigSize.height, smallSize.width, smallSize.height, elements<f32>(bigPitch), elements<f32>(smallPitch),
@@ -286,7 +290,7 @@ Level makeLevel(const platform::Pixels<u8>& previous, const platform::Pixels<u8>
     return level;
 }
 
-void passOn(const Level& small, const Level& big, platform::Stream stream)
+void passGuess(const Level& small, const Level& big, platform::Stream stream)
 {
     (void)_passGuess(big.flowX, big.flowY, small.flowX, small.flowY, {big.width, big.height},
                      {small.width, small.height}, big.flowPitch, small.flowPitch, stream);
@@ -300,7 +304,7 @@ VexaStatus flowByShifts(const platform::Pixels<u8>& previous, const platform::Pi
     for (int i = 0; i <= coarsestLevel(previous.width, previous.height, pyramidLevels); ++i)
         levels.push_back(makeLevel(previous, next, i, stream));
     for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
-        if (level != levels.rbegin()) passOn(level[-1], *level, stream);
+        if (level != levels.rbegin()) passGuess(*std::prev(level), *level, stream);
         if (refine(*level, search, stream)) return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     }
     if (const VexaStatus failed = deliver(levels.front(), dx, dy, stream)) return failed;

@@ -1,14 +1,14 @@
 /// @file
 /// Dense Lucas-Kanade: every pixel finds by itself how far its window moves from one image to another.
 ///
-/// The mean between four texels weighs alike in the whole window of a pixel, whose displacement has one fraction. So the
-/// sums of gradient times difference are those at four whole displacements, weighed. These are whole numbers and
+/// The mean between four texels weighs alike in the whole window of a pixel, whose displacement has one fraction. So
+/// the sums of gradient times difference are those at four whole displacements, weighed. These are whole numbers and
 /// therefore exact in any order, which lets the host share them between pixels (flow_host.h).
 
 #pragma once
 
 #include "footprint.h"
-#include "sample.h"
+#include "interpolation.h"
 
 namespace vexa {
 
@@ -39,8 +39,8 @@ struct Displacement {
     float weight;
 };
 
-/// The texels of a displacement as texture hardware takes them: they are centred at halves, so that one of 0 is the mean
-/// of a pixel and the one before. That is meant. The fraction counts in steps of 1/256.
+/// The texels of a displacement as texture hardware takes them: they are centred at halves, so that one of 0 is the
+/// mean of a pixel and the one before. That is meant. The fraction counts in steps of 1/256.
 VEXA_DEVICE Displacement displacementOf(float flow, int size, bool interpolates)
 {
     // Twice the image is as far as any. A NaN goes there too.

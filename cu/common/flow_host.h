@@ -209,7 +209,8 @@ private:
             const int first = row * flowTileWidth;
 #pragma omp simd
             for (int i = first; i < first + width(); ++i)
-                memory.inverse.at[i] = Structure{memory.xx.at[i], memory.xy.at[i], memory.yy.at[i]}.inverseDeterminant();
+                memory.inverse.at[i] =
+                    Structure{memory.xx.at[i], memory.xy.at[i], memory.yy.at[i]}.inverseDeterminant();
         }
     }
 
@@ -228,8 +229,8 @@ private:
         const int count = width() + 2 * _level.radiusX;
         sumWindows<2>(
             [&](int row) {
-                const u8* const to = texelRow(_tile.left - _level.radiusX + shift.x,
-                                              _tile.top - _level.radiusY + row + shift.y, count);
+                const u8* const to =
+                    texelRow(_tile.left - _level.radiusX + shift.x, _tile.top - _level.radiusY + row + shift.y, count);
                 return [p = _gradientX + offset(row), q = _gradientY + offset(row), from = _from + offset(row),
                         to](int x) {
                     const int difference = from[x] - to[x];
@@ -290,7 +291,10 @@ private:
         }
     }
 
-    Shift shiftOf(int i) const { return {_memory.shiftX.at[i], _memory.shiftY.at[i]}; }
+    Shift shiftOf(int i) const
+    {
+        return {_memory.shiftX.at[i], _memory.shiftY.at[i]};
+    }
 
     /// work(first, count) for the runs of pixels of a row that share their whole displacement.
     template <typename Work>
@@ -403,8 +407,7 @@ private:
             const float errorY = meanOf(real(y0[i]), real(y1[i]), real(y2[i]), real(y3[i]), right[i], lower[i]);
             const bool moved = moves[i] != 0;
             const Flow before{flowX[i], flowY[i], moved};
-            const Flow next =
-                before.moved(Structure{xx[i], xy[i], yy[i]}, inverse[i], errorX, errorY, threshold);
+            const Flow next = before.moved(Structure{xx[i], xy[i], yy[i]}, inverse[i], errorX, errorY, threshold);
             flowX[i] = moved ? next.x : before.x;
             flowY[i] = moved ? next.y : before.y;
             moves[i] = (moved & next.moves) ? 1 : 0;
@@ -463,8 +466,8 @@ private:
             for (int i = 0; i < windowLanes; ++i) mask[i] = i < count ? -1 : 0;
         }
 
-        void add(const short* gradientX, const short* gradientY, const short* from,
-                 const u8 (&upper)[windowLanes + 1], const u8 (&lower)[windowLanes + 1])
+        void add(const short* gradientX, const short* gradientY, const short* from, const u8 (&upper)[windowLanes + 1],
+                 const u8 (&lower)[windowLanes + 1])
         {
 #pragma omp simd
             for (int i = 0; i < windowLanes; ++i) {

@@ -69,14 +69,6 @@ VEXA_DEVICE bool contains(const Sampled<T, C>& src, Position position)
            (position.y < src.height - 0.5);
 }
 
-/// A NaN comes to the upper bound.
-template <typename Number>
-VEXA_DEVICE Number clamp(Number value, Number lowest, Number highest)
-{
-    const Number below = value < highest ? value : highest;
-    return below > lowest ? below : lowest;
-}
-
 /// A position not further outside than a pixel.
 template <typename T, int C>
 VEXA_DEVICE Position bounded(const Sampled<T, C>& src, Position position)
