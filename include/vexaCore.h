@@ -317,6 +317,7 @@ private:
 
 #include "vexaArithmeticLogical.h"
 #include "vexaColorOperations.h"
+#include "vexaComputerVision.h"
 #include "vexaDataExchange.h"
 #include "vexaDevice.h"
 #include "vexaGeometryTransforms.h"
