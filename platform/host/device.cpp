@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "fault.h"
+#include "memory.h"
 #include "platform.h"
 
 namespace vexa::platform {
@@ -72,7 +73,8 @@ VexaStatus synchronizeDevice()
 
 PendingError pendingError()
 {
-    return fault::strikes(fault::Call::pendingError) ? PendingError{1, "an injected fault"} : PendingError{0, ""};
+    if (fault::strikes(fault::Call::pendingError)) return {1, "an injected fault"};
+    return hasRefusedRelease() ? PendingError{1, "invalid argument"} : PendingError{0, "no error"};
 }
 
 }  // namespace vexa::platform

@@ -70,6 +70,8 @@ Allocations& allocations()
     return *table;
 }
 
+thread_local bool refusedRelease = false;
+
 bool roundUp(std::size_t& value, std::size_t step)
 {
     if (value > std::numeric_limits<std::size_t>::max() - (step - 1)) return false;
@@ -98,6 +100,11 @@ bool isInsideAllocation(const void* first, std::size_t bytes)
 std::size_t liveAllocations()
 {
     return allocations().count();
+}
+
+bool hasRefusedRelease()
+{
+    return refusedRelease;
 }
 
 VexaStatus allocate(void*& block, std::size_t bytes)
@@ -133,7 +140,10 @@ VexaStatus release(void* block)
 {
     if (fault::strikes(fault::Call::release)) return VEXA_MEMFREE_ERR;
     if (block == nullptr) return VEXA_SUCCESS;
-    if (!allocations().remove(block)) return VEXA_MEMFREE_ERR;
+    if (!allocations().remove(block)) {
+        refusedRelease = true;
+        return VEXA_MEMFREE_ERR;
+    }
     std::free(block);
     return VEXA_SUCCESS;
 }

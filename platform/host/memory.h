@@ -13,4 +13,7 @@ bool isInsideAllocation(const void* first, std::size_t bytes);
 /// How many allocations are live.
 std::size_t liveAllocations();
 
+/// Whether the calling thread has tried to release what is no allocation.
+bool hasRefusedRelease();
+
 }  // namespace vexa::platform

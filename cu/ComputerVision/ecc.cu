@@ -1,0 +1,377 @@
+/// @file
+/// Alignment by the enhanced correlation coefficient: a driver on the host, whose steps are operations of the library.
+/// Its own are the Jacobian and the products with it, which read the blocks of the Jacobian where they lie.
+
+#include <climits>
+#include <cmath>
+#include <cstdio>
+
+#include "arguments.h"
+#include "checks.h"
+#include "portable/folds.h"
+#include "temporaries.h"
+#include "vexaComputerVision.h"
+
+using namespace vexa;
+using statistics::Elements;
+using statistics::Products;
+
+VEXA_KERNEL kernel_generate_coordinate_grid_32fc1(float* xGrid, float* yGrid, int width, int height, int step)
+{
+    const Plane<float> toX{xGrid, step};
+    const Plane<float> toY{yGrid, step};
+    forEachPixel(width, height, [=](int x, int y) {
+        toX.row(y)[x] = static_cast<float>(x);
+        toY.row(y)[x] = static_cast<float>(y);
+    });
+}
+
+/// The derivatives of an affinely warped image by the six parameters, in blocks side by side.
+VEXA_KERNEL kernel_image_jacobian_affine_ECC(const float* gradX, const float* gradY, const float* xGrid,
+                                             const float* yGrid, float* jacobian, int width, int height, int step,
+                                             int jacobianStep)
+{
+    const Plane<const float> alongX{gradX, step};
+    const Plane<const float> alongY{gradY, step};
+    const Plane<const float> columns{xGrid, step};
+    const Plane<const float> rows{yGrid, step};
+    const Plane<float> to{jacobian, jacobianStep};
+    forEachPixel(width, height, [=](int x, int y) {
+        const float gx = alongX.row(y)[x];
+        const float gy = alongY.row(y)[x];
+        const float column = columns.row(y)[x];
+        const float row = rows.row(y)[x];
+        float* const first = to.row(y) + x;
+        const auto block = static_cast<std::ptrdiff_t>(width);
+        first[0] = column * gx;
+        first[block] = column * gy;
+        first[2 * block] = row * gx;
+        first[3 * block] = row * gy;
+        first[4 * block] = gx;
+        first[5 * block] = gy;
+    });
+}
+
+namespace {
+
+/// Parts of an image that lie side by side.
+struct Blocks {
+    Plane<const float> plane;
+    int width;
+
+    VEXA_DEVICE Elements<float, 1> operator[](int i) const
+    {
+        return {{plane.pixels + static_cast<std::ptrdiff_t>(i) * width, plane.pitch}};
+    }
+};
+
+/// The products that a projection asks for: element (x, y) is that of block y of one image and block x of the other. A
+/// symmetric one takes the part on and above the diagonal for the part below as well.
+struct Projection {
+    int columns;
+    int rows;
+    bool symmetric;
+
+    VEXA_DEVICE int count() const { return columns * rows; }
+    VEXA_DEVICE int column(int i) const { return i % columns; }
+    VEXA_DEVICE int row(int i) const { return i / columns; }
+    VEXA_DEVICE bool computes(int i) const { return !symmetric || column(i) >= row(i); }
+};
+
+using Total = Products<1>::Total;
+
+/// The products of a tile lie side by side, so that its blocks are read from memory once and from the caches then.
+VEXA_LOCAL_KERNEL kernel_projectTiles(Tiles tiles, Projection projection, Blocks ofRows, Blocks ofColumns,
+                                      double* partials)
+{
+    const std::size_t bytesPerTile =
+        2 * sizeof(float) * static_cast<std::size_t>(tiles.tileWidth) * static_cast<std::size_t>(tiles.tileHeight);
+    const auto foldOne = [=](int i, Share share) {
+        const int element = i % projection.count();
+        Products<1> products;
+        if (projection.computes(element))
+            foldTile<1>(products, tiles[i / projection.count()], share, ofRows[projection.row(element)],
+                        ofColumns[projection.column(element)]);
+        return products.total();
+    };
+    foldEach<Total>(tiles.count * projection.count(), bytesPerTile, foldOne,
+                    [=](int i, const Total& total) { partials[i] = total.sum[0]; });
+}
+
+VEXA_LOCAL_KERNEL kernel_mergeProjection(const double* partials, int tiles, Projection projection, float* dst, int step,
+                                         int height)
+{
+    const Plane<float> to{dst, step};
+    const auto mergeShare = [=](int element, Share share) {
+        Total total = Total::none();
+        for (int tile = share.index; tile < tiles; tile += Share::count)
+            total.sum[0] += partials[static_cast<std::ptrdiff_t>(tile) * projection.count() + element];
+        return total;
+    };
+    foldEach<Total>(projection.count(), 0, mergeShare, [=](int element, const Total& total) {
+        if (!projection.computes(element)) return;
+        const int x = projection.column(element);
+        const int y = projection.row(element);
+        to.row(y)[x] = static_cast<float>(total.sum[0]);
+        if (projection.symmetric && x < height) to.row(x)[y] = static_cast<float>(total.sum[0]);
+    });
+}
+
+/// Launches both kernels.
+VexaStatus project(const Projection& projection, const Blocks& ofRows, const Blocks& ofColumns, int height,
+                   VexaImage& dst)
+{
+    const Tiles tiles = tilesOf(ofRows.width, height);
+    const long long count = static_cast<long long>(tiles.count) * projection.columns * projection.rows;
+    if (count > INT_MAX) return VEXA_MEM_ALLOC_ERR;
+    double* partials = nullptr;
+    if (const VexaStatus failed = allocateElements(partials, static_cast<std::size_t>(count))) return failed;
+    constexpr int largestGrid = 1 << 20;
+    const auto blocks = [](long long folds) {
+        return Extent{blockSide * static_cast<int>(std::min<long long>(folds, largestGrid)), blockSide};
+    };
+    launch(kernel_projectTiles, blocks(count), nullptr, tiles, projection, ofRows, ofColumns, partials);
+    launch(kernel_mergeProjection, blocks(count / tiles.count), nullptr, partials, tiles.count, projection,
+           dst.ptr<f32>(), pitchOf<f32>(dst), dst.height());
+    return platform::release(partials);
+}
+
+}  // namespace
+
+VexaStatus vexa_generate_grid_32fc1(Vexa32f* xGrid, Vexa32f* yGrid, const int width, const int height, const int pitch,
+                                    cudaStream_t stream)
+{
+    launch(kernel_generate_coordinate_grid_32fc1, {width, height}, stream, xGrid, yGrid, width, height,
+           elements<f32>(pitch));
+    return VEXA_SUCCESS;
+}
+
+VexaStatus vexa_project_onto_jacobian_ECC(const VexaImage& src1, const VexaImage& src2, VexaImage& dst)
+{
+    if (const VexaStatus failed = initialized(src1, src2, dst)) return failed;
+    for (const VexaImage* const image : {&src1, &src2, static_cast<const VexaImage*>(&dst)})
+        if (image->type() != VEXA_32FC1) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
+
+    const bool symmetric = src1.width() == src2.width();
+    const Projection projection = symmetric ? Projection{dst.width(), std::min(dst.width(), dst.height()), true}
+                                            : Projection{1, dst.height(), false};
+    const int width = src2.width() / projection.columns;
+    if (width < 1 || src1.width() / width < projection.rows || src1.height() != src2.height())
+        return VEXA_NOT_SUPPORTED_MODE_ERROR;
+    const auto blocksOf = [width](const VexaImage& image) {
+        return Blocks{{image.ptr<f32>(), pitchOf<f32>(image)}, width};
+    };
+    return project(projection, blocksOf(src1), blocksOf(src2), src1.height(), dst);
+}
+
+void initEye(Vexa64f map[][3])
+{
+    for (int row = 0; row < 2; ++row)
+        for (int column = 0; column < 3; ++column) map[row][column] = row == column ? 1 : 0;
+}
+
+namespace {
+
+namespace al = arithmeticLogical;
+namespace st = imageStatistics;
+
+constexpr int numberOfParameters = 6;
+constexpr int matrixPitch = numberOfParameters * static_cast<int>(sizeof(Vexa32f));
+
+/// The parameters of a map, in the order of the blocks of the Jacobian: column by column.
+Vexa64f& parameter(Vexa64f (*map)[3], int i)
+{
+    return map[i % 2][i / 2];
+}
+
+double dot(const VexaImage& a, const VexaImage& b)
+{
+    VexaScalar product;
+    (void)al::dot(a, b, product);
+    return product[0];
+}
+
+/// The images of an alignment. Statuses of steps are dropped: what could not be made is null or 0, which all steps
+/// bear.
+class Alignment {
+public:
+    Alignment(VexaImage& templ, VexaImage& input);
+
+    /// A step of the map.
+    /// @return false, with the map as it was, where the correlation would fall
+    [[nodiscard]] bool step(Vexa64f (*map)[3]);
+
+    /// The correlation coefficient before the last step.
+    double coefficient() const { return _coefficient; }
+
+private:
+    void prepareMask();
+    void warp(Vexa64f (*map)[3]);
+    void differentiate();
+
+    VexaImage _xGrid;
+    VexaImage _yGrid;
+    VexaImage _templateFloat;
+    VexaImage _templateZeroMean;
+    VexaImage _imageFloat;
+    VexaImage _imageWarped;
+    VexaImage _imageMask;
+    VexaImage _preMask;
+    VexaImage _preMaskFloat;
+    VexaImage _gradientX;
+    VexaImage _gradientY;
+    VexaImage _gradientXWarped;
+    VexaImage _gradientYWarped;
+    VexaImage _jacobian;
+    VexaImage _hessian;
+    VexaImage _hessianInverse;
+    VexaImage _imageProjection;
+    VexaImage _templateProjection;
+    VexaImage _imageProjectionHessian;
+    VexaImage _errorProjection;
+    VexaImage _delta;
+    VexaImage _error;
+    VexaScalar _imageMean;
+    VexaScalar _imageDeviation;
+    VexaScalar _templateMean;
+    VexaScalar _templateDeviation;
+    VexaScalar _count;
+    double _coefficient = -1.0;
+};
+
+Alignment::Alignment(VexaImage& templ, VexaImage& input)
+    : _xGrid(templ.size(), VEXA_32FC1),
+      _yGrid(templ.size(), VEXA_32FC1),
+      _templateZeroMean(templ.size(), VEXA_32FC1),
+      _imageWarped(templ.size(), VEXA_32FC1),
+      _imageMask(templ.size(), VEXA_8UC1),
+      _preMask(input.size(), VEXA_8UC1),
+      _gradientXWarped(templ.size(), VEXA_32FC1),
+      _gradientYWarped(templ.size(), VEXA_32FC1),
+      // The inverse takes the pitch of its source for that of a copy without gaps: there are none in these.
+      _hessian(numberOfParameters, numberOfParameters, matrixPitch, 32, 1),
+      _hessianInverse(numberOfParameters, numberOfParameters, matrixPitch, 32, 1),
+      _imageProjection(1, numberOfParameters, VEXA_32FC1),
+      _templateProjection(1, numberOfParameters, VEXA_32FC1),
+      _imageProjectionHessian(1, numberOfParameters, VEXA_32FC1),
+      _errorProjection(1, numberOfParameters, VEXA_32FC1),
+      _delta(1, numberOfParameters, VEXA_32FC1)
+{
+    // A row that is too long for its bytes to be counted has no Jacobian.
+    if (templ.width() <= INT_MAX / numberOfParameters)
+        (void)_jacobian.create(numberOfParameters * templ.width(), templ.height(), VEXA_32FC1);
+    for (VexaImage* const small : {&_hessian, &_hessianInverse, &_imageProjection, &_templateProjection,
+                                   &_imageProjectionHessian, &_errorProjection, &_delta})
+        (void)small->set(0.0);
+    (void)vexa_generate_grid_32fc1(_xGrid.ptr<f32>(), _yGrid.ptr<f32>(), templ.width(), templ.height(), _xGrid.pitch(),
+                                   nullptr);
+    (void)templ.convertTo(_templateFloat, VEXA_32FC1, 1.0F, 0.0F);
+    prepareMask();
+    (void)input.convertTo(_imageFloat, VEXA_32FC1, 1.0F, 0.0F);
+    (void)imageFiltering::imageGradients(_imageFloat, _gradientX, _gradientY, VEXA_GRADIENT_CENTRAL_DIFFERENCE);
+    for (VexaImage* const gradient : {&_gradientX, &_gradientY}) {
+        *gradient *= 0.5;
+        *gradient *= _preMaskFloat;
+    }
+}
+
+/// All pixels of the input are valid, and stay so: a mask that had been blurred would lose the pixels near its edges
+/// here.
+void Alignment::prepareMask()
+{
+    (void)_preMask.set(1.0);
+    (void)_preMask.convertTo(_preMaskFloat, VEXA_32FC1, 1.0F, 0.0F);
+    _preMaskFloat *= static_cast<Vexa64f>(0.5F / 0.95F);
+    (void)al::round(_preMaskFloat, _preMaskFloat);
+    (void)_preMaskFloat.convertTo(_preMask, VEXA_8UC1, 1.0F, 0.0F);
+}
+
+void Alignment::warp(Vexa64f (*map)[3])
+{
+    const auto take = [map](const VexaImage& from, VexaImage& to, VexaInterpolationType interpolation) {
+        (void)geometryTransforms::warpAffineBack(from, to, map, interpolation);
+    };
+    take(_imageFloat, _imageWarped, VEXA_INTER_LINEAR);
+    take(_gradientX, _gradientXWarped, VEXA_INTER_LINEAR);
+    take(_gradientY, _gradientYWarped, VEXA_INTER_LINEAR);
+    take(_preMask, _imageMask, VEXA_INTER_NEAREST);
+}
+
+void Alignment::differentiate()
+{
+    launch(kernel_image_jacobian_affine_ECC, {_imageWarped.width(), _imageWarped.height()}, nullptr,
+           _gradientXWarped.ptr<f32>(), _gradientYWarped.ptr<f32>(), _xGrid.ptr<f32>(), _yGrid.ptr<f32>(),
+           _jacobian.ptr<f32>(), _imageWarped.width(), _imageWarped.height(), pitchOf<f32>(_gradientXWarped),
+           pitchOf<f32>(_jacobian));
+    (void)platform::synchronizeDevice();
+}
+
+bool Alignment::step(Vexa64f (*map)[3])
+{
+    warp(map);
+    (void)st::meanStdDev(_imageWarped, _imageMean, _imageDeviation, _imageMask);
+    (void)st::meanStdDev(_templateFloat, _templateMean, _templateDeviation, _imageMask);
+    // All pixels, not only those of the mask.
+    _imageWarped -= _imageMean[0];
+    (void)al::add(_templateFloat, -_templateMean[0], _templateZeroMean);
+    (void)st::countInRange(_imageMask, _count, VexaScalar(1), VexaScalar(255));
+    const auto normOf = [this](double deviation) { return std::sqrt(_count[0] * deviation * deviation); };
+    const double templateNorm = normOf(_templateDeviation[0]);
+    const double imageNorm = normOf(_imageDeviation[0]);
+
+    differentiate();
+    (void)vexa_project_onto_jacobian_ECC(_jacobian, _jacobian, _hessian);
+    (void)al::invert(_hessian, _hessianInverse);
+
+    const double correlation = dot(_templateZeroMean, _imageWarped);
+    _coefficient = correlation / (templateNorm * imageNorm);
+    (void)vexa_project_onto_jacobian_ECC(_jacobian, _imageWarped, _imageProjection);
+    (void)vexa_project_onto_jacobian_ECC(_jacobian, _templateZeroMean, _templateProjection);
+    (void)al::matMul(_hessianInverse, _imageProjection, _imageProjectionHessian);
+    const double numerator = imageNorm * imageNorm - dot(_imageProjection, _imageProjectionHessian);
+    const double denominator = correlation - dot(_templateProjection, _imageProjectionHessian);
+    // A NaN goes on: the map becomes one, and the coefficient ends the loop.
+    if (denominator <= 0) return false;
+
+    (void)al::multiply(_templateZeroMean, numerator / denominator, _error);
+    _error -= _imageWarped;
+    (void)vexa_project_onto_jacobian_ECC(_jacobian, _error, _errorProjection);
+    (void)al::matMul(_hessianInverse, _errorProjection, _delta);
+    for (int i = 0; i < numberOfParameters; ++i) parameter(map, i) += _delta.get(0, i, 0);
+    return true;
+}
+
+}  // namespace
+
+VexaStatus vexa_ecc_8u_c1(VexaImage& src, VexaImage& dst, Vexa64f (*map)[3], const int numberOfIterations,
+                          const double termination_eps)
+{
+    if (const VexaStatus failed = initialized(src, dst)) return failed;
+    if (src.type() != VEXA_8UC1 || dst.type() != VEXA_8UC1) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
+    if (map == nullptr) return VEXA_INVALID_ARG_ERROR;
+    Alignment alignment(src, dst);
+    double last = -termination_eps;
+    for (int left = numberOfIterations; left > 0 && std::abs(alignment.coefficient() - last) >= termination_eps;
+         --left) {
+        last = alignment.coefficient();
+        if (alignment.step(map)) continue;
+        std::puts(
+            "The algorithm stopped before its convergence. The correlation is going to be minimized. Images may be "
+            "uncorrelated or non-overlapped");
+        return VEXA_UNKNOWN_ERROR;
+    }
+    return VEXA_SUCCESS;
+}
+
+namespace vexa::computerVision {
+
+VexaStatus findTransformECC(VexaImage& templ, VexaImage& input, Vexa64f (*t)[3], Vexa32s iterations, Vexa64f epsilon,
+                            const VexaStream& /*stream*/)
+{
+    if (const VexaStatus failed = initialized(input, templ)) return failed;
+    if (templ.type() != input.type()) return VEXA_NOT_SUPPORTED_MODE_ERROR;
+    if (templ.type() != VEXA_8UC1) return VEXA_TYPE_NOT_SUPPORTED_ERROR;
+    return vexa_ecc_8u_c1(templ, input, t, iterations, epsilon);
+}
+
+}  // namespace vexa::computerVision
