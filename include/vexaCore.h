@@ -324,5 +324,6 @@ private:
 #include "vexaIO.h"
 #include "vexaImageFiltering.h"
 #include "vexaImageStatistics.h"
+#include "vexaImageTransforms.h"
 #include "vexaOperators.h"
 #include "vexaPyramid.h"
