@@ -4,7 +4,8 @@
 #pragma once
 
 #include "vexaCore.h"
-#include "vexaImageFiltering.h"
+
+class VexaFilter;
 
 /// @name Alignment and focus stacking: functions for callers and workers
 /// @{
