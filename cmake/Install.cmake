@@ -6,7 +6,11 @@ set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/vexa)
 
 install(TARGETS vexa EXPORT vexaTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
+    PATTERN vexaDigests.h EXCLUDE)
+if(VEXA_DIGESTS)
+    install(FILES include/vexaDigests.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endif()
 install(EXPORT vexaTargets NAMESPACE vexa:: DESTINATION ${packageFolder})
 
 configure_package_config_file(cmake/vexaConfig.cmake.in ${PROJECT_BINARY_DIR}/vexaConfig.cmake

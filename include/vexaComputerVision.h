@@ -5,7 +5,8 @@
 #pragma once
 
 #include "vexaCore.h"
-#include "vexaImageFiltering.h"
+
+class VexaFilter;
 
 /// What goodFeaturesToTrack is asked for.
 struct VEXA_API VexaFeaturesCriteria {

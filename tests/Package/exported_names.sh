@@ -1,9 +1,10 @@
 #!/bin/sh
 # Checks the names that the library exports: nothing that no public header declares, apart from kernels, and everything
-# in the list of expected names.
-# exported_names.sh LIBRARY INCLUDE_FOLDER EXPECTED_NAMES
+# in the lists of expected names.
+# exported_names.sh LIBRARY INCLUDE_FOLDER EXPECTED_NAMES...
 
-library=$1 include=$2 expected=$3 failed=0
+library=$1 include=$2 failed=0
+shift 2
 NM=${NM:-nm} OBJDUMP=${OBJDUMP:-objdump}
 
 complain() {
@@ -28,6 +29,7 @@ for name in $(echo "$names" | grep -vE "^(__device_stub__Z[0-9]+)?($kernels)[<P(
     sed -E 's/\(.*//; s/<[^>]*>//g; s/ /_/g' | sort -u); do
     case $name in
         Vexa*::* | vexa::* | vexa_* | vexa[A-Z]* | getType | getParameters | __vexaDefaultAnchor | operator*) ;;
+        initEye | validateImages | sha1*) ;;
         *) complain "exported, but of no public family: $name" ;;
     esac
     for part in $(echo "$name" | grep -oE '[A-Za-z_][A-Za-z_0-9]*'); do
@@ -35,8 +37,10 @@ for name in $(echo "$names" | grep -vE "^(__device_stub__Z[0-9]+)?($kernels)[<P(
     done
 done
 
-while read -r name; do
-    echo "$names" | grep -qxF "$name" || complain "not exported: $name"
-done <"$expected"
+for expected in "$@"; do
+    while read -r name; do
+        echo "$names" | grep -qxF "$name" || complain "not exported: $name"
+    done <"$expected"
+done
 
 exit $failed
