@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../raw.h"
+#include "flow.h"
 #include "photometric.h"
 #include "vexaCore.h"
 
@@ -130,6 +131,44 @@ void restoring(const std::string& from, const std::string& to)
     }
 }
 
+/// Two flows side by side, the first pair of a photograph.
+void saveFlows(const std::vector<FlowFigure>& figures, const std::string& file)
+{
+    const FlowField& first = figures.front().flow;
+    Picture sheet(2 * first.width, first.height);
+    constexpr float longest = 8;
+    for (int i = 0; i < 2; ++i) {
+        const FlowField& flow = figures[static_cast<std::size_t>(i)].flow;
+        const std::vector<Color> colors = flowPicture(flow, longest);
+        for (int y = 0; y < flow.height; ++y)
+            for (int x = 0; x < flow.width; ++x) {
+                const Color color = colors[static_cast<std::size_t>(y) * static_cast<std::size_t>(flow.width) +
+                                           static_cast<std::size_t>(x)];
+                unsigned char* const to = sheet.at(i * flow.width + x, y);
+                to[0] = color.blue;
+                to[1] = color.green;
+                to[2] = color.red;
+            }
+    }
+    Picture small(600, 600 * sheet.height / sheet.width);
+    paste(sheet, small.width, small.height, small, 0, 0);
+    save(small, file);
+}
+
+/// Photographs in motion.
+void flowing(const std::string& from, const std::string& to)
+{
+    std::printf("\n| photograph | method | mean | median | above 1 | undefined |\n|---|---|---:|---:|---:|---:|\n");
+    for (const Photograph& photograph : photographs) {
+        const VexaImage photo = vexa::io::loadImage(from + photograph.file, VEXA_LOAD_IMAGE_GRAYSCALE);
+        const std::vector<FlowFigure> figures = flowFigures(photo);
+        for (const FlowFigure& figure : figures)
+            std::printf("| %s | %s | %.3f | %.3f | %.1f %% | %.1f %% |\n", photograph.name, figure.method.c_str(),
+                        figure.mean, figure.median, 100 * figure.above1, 100 * figure.undefined);
+        if (photograph.x >= 0) saveFlows(figures, to + "flow_" + photograph.name + ".jpg");
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -141,6 +180,7 @@ int main(int argc, char** argv)
     try {
         demosaicing(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
         restoring(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
+        flowing(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
     } catch (const char* complaint) {
         std::fprintf(stderr, "quality: %s\n", complaint);
         return 2;

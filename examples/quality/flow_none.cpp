@@ -1,0 +1,9 @@
+/// @file
+/// No other methods to compare with.
+
+#include "flow.h"
+
+std::vector<FlowMethod> flowMethodsOfOpenCv()
+{
+    return {};
+}
