@@ -21,35 +21,6 @@ namespace {
 
 using Feature = VexaPointValue2D<float, float>;
 
-/// A rectangle of an image, which counts what lies around it and, beyond the image, its nearest pixel. The rectangle
-/// may reach or lie anywhere.
-struct FetchRectangle {
-    FetchClamped<u8> image;
-    int left;
-    int top;
-    int width;
-    int height;
-
-    VEXA_DEVICE u8 operator()(int x, int y) const
-    {
-        return image.row(clamped(top, y, image.height))[clamped(left, x, image.width)];
-    }
-
-    /// Null for one that does not lie in the image: its pixels are fetched one by one.
-    VEXA_DEVICE const u8* row(int y) const
-    {
-        const bool inside = left >= 0 && static_cast<long long>(left) + width <= image.width;
-        return inside ? image.row(clamped(top, y, image.height)) + left : nullptr;
-    }
-
-private:
-    static VEXA_DEVICE int clamped(int origin, int offset, int size)
-    {
-        const long long position = static_cast<long long>(origin) + offset;
-        return position < 0 ? 0 : (position < size ? static_cast<int>(position) : size - 1);
-    }
-};
-
 }  // namespace
 
 /// Pitches are in elements.
@@ -58,7 +29,7 @@ VEXA_KERNEL derivativeKernel(Vexa8u* src, Vexa32f* gradX, Vexa32f* gradY, int sr
 {
     const Plane<float> alongX{gradX, pitch};
     const Plane<float> alongY{gradY, pitch};
-    const FetchRectangle rectangle{{src, srcWidth, srcHeight, srcPitch}, roiX, roiY, width, height};
+    const FetchRectangle<u8> rectangle{{src, srcWidth, srcHeight, srcPitch}, roiX, roiY, width, height};
     forEachWindow<Reach<1, 1, 1, 1>, float>(rectangle, [=](int x, int y, const auto& window) {
         alongX.row(y)[x] = 0.5F * (window(1, 0) - window(-1, 0));
         alongY.row(y)[x] = 0.5F * (window(0, 1) - window(0, -1));
