@@ -68,6 +68,34 @@ VEXA_DEVICE int clampedTo(int position, int size)
     return position < 0 ? 0 : (position < size ? position : size - 1);
 }
 
+namespace detail {
+
+/// A NaN comes to the upper bound.
+template <typename Number>
+VEXA_DEVICE Number clamp(Number value, Number lowest, Number highest)
+{
+    const Number below = value < highest ? value : highest;
+    return below > lowest ? below : lowest;
+}
+
+}  // namespace detail
+
+/// Positions that texture hardware tells apart between two pixels.
+inline constexpr int textureSteps = 256;
+
+/// The pixel before a position along one axis, and the steps to it.
+struct BetweenTexels {
+    int before;
+    int steps;
+};
+
+/// For a position near the image, in pixels that are centred at integers.
+VEXA_DEVICE BetweenTexels betweenTexels(float centred)
+{
+    const float before = floorf(centred);
+    return {static_cast<int>(before), static_cast<int>((centred - before) * static_cast<float>(textureSteps) + 0.5F)};
+}
+
 /// A position between pixels of a source.
 struct GridPosition {
     int whole;
