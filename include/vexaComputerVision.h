@@ -215,9 +215,9 @@ VEXA_API VexaStatus vexa_opticalFlowPyramidLK(Vexa8u* prevImg, Vexa8u* nextImg, 
                                               Vexa32s pyramidLevels, Vexa32f subsampling, Vexa32s maxIterations,
                                               Vexa32f errorThreshold, cudaStream_t internal_stream);
 
-/// As vexa::computerVision::opticalFlowPyrLKDense on Gaussian pyramids, with another guess: in proportion to the
-/// widths. Takes the nearest pixel, so the flow holds no half a pixel but goes by whole ones, and steps end where those
-/// agree best. What fails on a level is not reported.
+/// As vexa::computerVision::opticalFlowPyrLKDense on Gaussian pyramids, with a guess in proportion to the widths of the
+/// levels. It takes the nearest pixel of `next`, so a step counts where it leads to another one; this flow, too, is
+/// half a pixel larger in the mean. What fails on a level is not reported.
 /// @return as opticalFlowPyrLKDense
 VEXA_API VexaStatus vexa_opticalFlowPyramidLK2(const VexaImage& prev, const VexaImage& next, float* dx, float* dy,
                                                VexaSize windowSize, int pyramidLevels, float subsampling,

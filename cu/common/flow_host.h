@@ -45,7 +45,7 @@ constexpr Shift texelOffsets[texels] = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
 
 /// What a task needs for its tiles: fixed room, and rows of windows that grow with the radii.
 struct FlowMemory {
-    static constexpr int mostSums = 48;
+    static constexpr int mostSums = 96;
     ErrorSums sums[mostSums];
 
     PerTilePixel<float> flowX, flowY;
@@ -53,14 +53,12 @@ struct FlowMemory {
     PerTilePixel<float> right, lower;  ///< weights
     PerTilePixel<int> shiftX, shiftY;
     PerTilePixel<int> moves;
-    alignas(64) int ownX[texels][flowTileWidth];
-    alignas(64) int ownY[texels][flowTileWidth];
 };
 
 /// A tile of the interior and all that its windows reach.
 class FlowTile {
 public:
-    FlowTile(const LucasKanade& level, FlowMemory& memory, short* pixels, int* columns, u8* line)
+    FlowTile(const LucasKanade& level, FlowMemory& memory, int* pixels, int* columns, u8* line)
         : _level(level), _memory(memory), _columns(columns), _line(line)
     {
         const std::ptrdiff_t size = static_cast<std::ptrdiff_t>(pitch(level)) * reachedRows(level);
@@ -105,18 +103,18 @@ private:
             const float* const p = _level.gradientX.row(y) + left;
             const float* const q = _level.gradientY.row(y) + left;
             const u8* const from = _level.from.row(y) + left;
-            short* const toP = _gradientX + offset(row);
-            short* const toQ = _gradientY + offset(row);
-            short* const to = _from + offset(row);
+            int* const toP = _gradientX + offset(row);
+            int* const toQ = _gradientY + offset(row);
+            int* const to = _from + offset(row);
 #pragma omp simd
             for (int x = 0; x < count; ++x) {
-                toP[x] = static_cast<short>(static_cast<int>(p[x]));
-                toQ[x] = static_cast<short>(static_cast<int>(q[x]));
+                toP[x] = static_cast<int>(p[x]);
+                toQ[x] = static_cast<int>(q[x]);
                 to[x] = from[x];
             }
-            std::fill_n(to + count, pitch(_level) - count, short{0});
-            std::fill_n(toP + count, pitch(_level) - count, short{0});
-            std::fill_n(toQ + count, pitch(_level) - count, short{0});
+            std::fill_n(to + count, pitch(_level) - count, 0);
+            std::fill_n(toP + count, pitch(_level) - count, 0);
+            std::fill_n(toQ + count, pitch(_level) - count, 0);
         }
         for (int row = 0; row < height(); ++row) {
             const int first = row * flowTileWidth;
@@ -195,9 +193,7 @@ private:
         sumWindows<3>(
             [&](int row) {
                 return [p = _gradientX + offset(row), q = _gradientY + offset(row)](int x) {
-                    const int px = p[x];
-                    const int qx = q[x];
-                    return Pixel<int, 3>{{px * px, px * qx, qx * qx}};
+                    return Pixel<int, 3>{{p[x] * p[x], p[x] * q[x], q[x] * q[x]}};
                 };
             },
             [&](int i, const Pixel<int, 3>& sum) {
@@ -254,10 +250,10 @@ private:
     };
 
     /// Displacements in fewer pixels at a run are not counted.
-    static constexpr int shortestRun = 8;
+    static constexpr int shortestRun = 4;
     /// Sums of all windows cost as much as those of so many pixels one by one.
-    static constexpr int worthSums = 192;
-    static constexpr int mostMoves = 32;
+    static constexpr int worthSums = 48;
+    static constexpr int mostMoves = 64;
 
     /// One more round for all that move; false if none is left.
     bool moveAll()
@@ -267,8 +263,7 @@ private:
         for (int i = 0; i < _knownMoves; ++i)
             if (!_moves[i].isKnown && _moves[i].pixels >= worthSums) learn(_moves[i]);
         bool moves = false;
-        for (int row = 0; row < height(); ++row)
-            forEachRun(row, [&](int first, int count) { moves |= moveRun(first, count); });
+        for (int row = 0; row < height(); ++row) moves |= moveRow(row);
         return moves;
     }
 
@@ -359,36 +354,44 @@ private:
         return -1;
     }
 
-    /// Moves a run of pixels that share their whole displacement; whether any goes on to move.
-    bool moveRun(int first, int count)
+    /// One more round for the pixels of a row; whether any goes on to move.
+    bool moveRow(int row)
     {
-        FlowMemory& memory = _memory;
-        int moving = 0;
-        for (int i = first; i < first + count; ++i) moving += memory.moves.at[i];
-        if (moving == 0) return false;
-        const int* x[texels];
-        const int* y[texels];
-        const Move* const move = find(shiftOf(first));
-        if (move != nullptr && move->isKnown) {
-            for (int k = 0; k < texels; ++k) {
-                x[k] = memory.sums[move->sums[k]].x.at + first;
-                y[k] = memory.sums[move->sums[k]].y.at + first;
-            }
-        } else {
-            for (int i = 0; i < count; ++i)
-                if (memory.moves.at[first + i] != 0) sumWindow(first + i, i);
-            for (int k = 0; k < texels; ++k) {
-                x[k] = memory.ownX[k];
-                y[k] = memory.ownY[k];
-            }
-        }
-        return step(first, count, x, y);
+        const int first = row * flowTileWidth;
+        if (!isMoving(first, width())) return false;
+        forEachRun(row, [&](int from, int count) {
+            if (isMoving(from, count)) loadErrors(from, count, from - first);
+        });
+        return step(first);
     }
 
-    bool step(int first, int count, const int* const (&x)[texels], const int* const (&y)[texels]) const
+    bool isMoving(int first, int count) const
     {
-        const int *const x0 = x[0], *const x1 = x[1], *const x2 = x[2], *const x3 = x[3];
-        const int *const y0 = y[0], *const y1 = y[1], *const y2 = y[2], *const y3 = y[3];
+        int moving = 0;
+        for (int i = first; i < first + count; ++i) moving += _memory.moves.at[i];
+        return moving != 0;
+    }
+
+    /// The sums of a run of pixels that share their whole displacement, to those of the row from a column on.
+    void loadErrors(int first, int count, int column)
+    {
+        const Move* const move = find(shiftOf(first));
+        if (move == nullptr || !move->isKnown) {
+            for (int i = 0; i < count; ++i)
+                if (_memory.moves.at[first + i] != 0) sumWindow(first + i, column + i);
+            return;
+        }
+        for (int k = 0; k < texels; ++k) {
+            const ErrorSums& sums = _memory.sums[move->sums[k]];
+            std::copy_n(sums.x.at + first, count, _errorX[k] + column);
+            std::copy_n(sums.y.at + first, count, _errorY[k] + column);
+        }
+    }
+
+    bool step(int first) const
+    {
+        const auto& x = _errorX;
+        const auto& y = _errorY;
         float* const flowX = _memory.flowX.at + first;
         float* const flowY = _memory.flowY.at + first;
         int* const moves = _memory.moves.at + first;
@@ -399,12 +402,13 @@ private:
         const float* const yy = _memory.yy.at + first;
         const float* const inverse = _memory.inverse.at + first;
         const float threshold = _level.errorThreshold;
+        const int count = width();
         const auto real = [](int sum) { return static_cast<float>(sum); };
         int moving = 0;
 #pragma omp simd reduction(+ : moving)
         for (int i = 0; i < count; ++i) {
-            const float errorX = meanOf(real(x0[i]), real(x1[i]), real(x2[i]), real(x3[i]), right[i], lower[i]);
-            const float errorY = meanOf(real(y0[i]), real(y1[i]), real(y2[i]), real(y3[i]), right[i], lower[i]);
+            const float errorX = meanOf(real(x[0][i]), real(x[1][i]), real(x[2][i]), real(x[3][i]), right[i], lower[i]);
+            const float errorY = meanOf(real(y[0][i]), real(y[1][i]), real(y[2][i]), real(y[3][i]), right[i], lower[i]);
             const bool moved = moves[i] != 0;
             const Flow before{flowX[i], flowY[i], moved};
             const Flow next = before.moved(Structure{xx[i], xy[i], yy[i]}, inverse[i], errorX, errorY, threshold);
@@ -418,41 +422,44 @@ private:
 
     // ---- the window of one pixel ----
 
-    /// The sums of a pixel of the tile at its four texels, to place `to` of those of the task.
-    void sumWindow(int pixel, int to) const
+    /// The sums of a pixel of the tile, to a column of those of its row.
+    void sumWindow(int pixel, int to)
     {
         const int row = pixel / flowTileWidth;
         const int column = pixel % flowTileWidth;
         const Shift shift = shiftOf(pixel);
         const int left = _tile.left + column - _level.radiusX + shift.x;
         const int top = _tile.top + row - _level.radiusY + shift.y;
-        int sumX[texels] = {};
-        int sumY[texels] = {};
+        for (int k = 0; k < texels; ++k) _errorX[k][to] = _errorY[k][to] = 0;
         for (int first = 0; first < windowWidth(); first += windowLanes) {
             Lanes lanes(windowWidth() - first);
+            Texels rows[2];
+            loadTexels(left + first, top, rows[0]);
             for (int i = 0; i < windowHeight(); ++i) {
                 const std::ptrdiff_t at = offset(row + i) + column + first;
-                u8 upper[windowLanes + 1];
-                u8 lower[windowLanes + 1];
-                loadTexels(left + first, top + i, upper);
-                loadTexels(left + first, top + i + 1, lower);
-                lanes.add(_gradientX + at, _gradientY + at, _from + at, upper, lower);
+                loadTexels(left + first, top + i + 1, rows[(i + 1) % 2]);
+                lanes.add(_gradientX + at, _gradientY + at, _from + at, rows[i % 2], rows[(i + 1) % 2]);
             }
-            lanes.addTo(sumX, sumY);
-        }
-        for (int k = 0; k < texels; ++k) {
-            _memory.ownX[k][to] = sumX[k];
-            _memory.ownY[k][to] = sumY[k];
+            for (int k = 0; k < texels; ++k) {
+                _errorX[k][to] += sum(lanes.x[k]);
+                _errorY[k][to] += sum(lanes.y[k]);
+            }
         }
     }
 
-    void loadTexels(int x, int y, u8 (&texel)[windowLanes + 1]) const
+    /// Texels of a row of the window, and the one behind.
+    struct Texels {
+        int at[windowLanes + 1];
+    };
+
+    void loadTexels(int x, int y, Texels& texel) const
     {
         const FetchClamped<u8> to = _level.to;
+        const u8* const row = to.row(y) + x;
         if (x >= 0 && x + windowLanes < to.width)
-            std::memcpy(texel, to.row(y) + x, sizeof texel);
+            for (int i = 0; i <= windowLanes; ++i) texel.at[i] = row[i];
         else
-            for (int i = 0; i <= windowLanes; ++i) texel[i] = to(x + i, y);
+            for (int i = 0; i <= windowLanes; ++i) texel.at[i] = to(x + i, y);
     }
 
     /// Sums of products, side by side.
@@ -466,40 +473,39 @@ private:
             for (int i = 0; i < windowLanes; ++i) mask[i] = i < count ? -1 : 0;
         }
 
-        void add(const short* gradientX, const short* gradientY, const short* from, const u8 (&upper)[windowLanes + 1],
-                 const u8 (&lower)[windowLanes + 1])
+        void add(const int* gradientX, const int* gradientY, const int* from, const Texels& upper, const Texels& lower)
         {
 #pragma omp simd
             for (int i = 0; i < windowLanes; ++i) {
                 const int p = gradientX[i] & mask[i];
                 const int q = gradientY[i] & mask[i];
-                const int difference[texels] = {from[i] - upper[i], from[i] - upper[i + 1], from[i] - lower[i],
-                                                from[i] - lower[i + 1]};
+                const int difference[texels] = {from[i] - upper.at[i], from[i] - upper.at[i + 1], from[i] - lower.at[i],
+                                                from[i] - lower.at[i + 1]};
                 for (int k = 0; k < texels; ++k) {
                     x[k][i] += p * difference[k];
                     y[k][i] += q * difference[k];
                 }
             }
         }
-
-        void addTo(int (&sumX)[texels], int (&sumY)[texels]) const
-        {
-            for (int k = 0; k < texels; ++k)
-                for (int i = 0; i < windowLanes; ++i) {
-                    sumX[k] += x[k][i];
-                    sumY[k] += y[k][i];
-                }
-        }
     };
+
+    static int sum(const int (&lanes)[windowLanes])
+    {
+        int total = 0;
+        for (const int lane : lanes) total += lane;
+        return total;
+    }
 
     const LucasKanade _level;
     FlowMemory& _memory;
-    short* _gradientX;
-    short* _gradientY;
-    short* _from;
+    int* _gradientX;
+    int* _gradientY;
+    int* _from;
     int* const _columns;
     u8* const _line;
     Tile _tile{};
+    int _errorX[texels][flowTileWidth] = {};  ///< of a row, at the texels of its pixels
+    int _errorY[texels][flowTileWidth] = {};
     Move _moves[mostMoves];
     int _knownMoves = 0;
     Shift _shifts[FlowMemory::mostSums];
@@ -514,7 +520,7 @@ inline void refineTiles(const LucasKanade& level)
     const auto body = [=](std::size_t begin, std::size_t end) {
         const int pitch = FlowTile::pitch(level);
         const auto memory = taskMemory<FlowMemory>(1, 1);
-        const auto pixels = taskMemory<short>(FlowTile::images * FlowTile::reachedRows(level), pitch);
+        const auto pixels = taskMemory<int>(FlowTile::images * FlowTile::reachedRows(level), pitch);
         const auto sums = taskMemory<int>(FlowTile::columnSums, pitch);
         const auto line = taskMemory<u8>(1, pitch);
         if (!memory || !pixels || !sums || !line) return;
