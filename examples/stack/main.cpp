@@ -15,14 +15,14 @@ constexpr char usage[] =
     "not move between them. DIFFERENCE, four times as bright as it is, tells what came from other frames than the\n"
     "first. With --blur it makes two frames of a photograph instead, one sharp on the left, one on the right.\n"
     "\n"
-    "  SIDE  the choice of frames is smoothed by the mean of so many pixels squared, 1 to 21; by default 7\n";
+    "  SIDE  the choice of frames is smoothed by the mean of so many pixels squared, 1 to 21; by default 15\n";
 
 const Program program("stack");
 
 /// What the command line asks for.
 struct Request {
     std::vector<std::string> files;
-    int smooth = 7;
+    int smooth = 15;
     bool blur = false;
 };
 
