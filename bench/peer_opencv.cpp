@@ -3,6 +3,7 @@
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#include <opencv2/video/tracking.hpp>
 
 #include "peer.h"
 
@@ -284,6 +285,14 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
          if (src[0].channels() == 3) cv::cvtColor(src[0], dst, cv::COLOR_BGR2GRAY);
          cv::threshold(src[0].channels() == 3 ? dst : src[0], dst, parameters[0] - 1, 255, cv::THRESH_BINARY);
+     }},
+    {"findTransformECC", "cv::findTransformECC",
+     [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
+         cv::Mat map;
+         matrix(parameters, 2).convertTo(map, CV_32F);
+         const cv::TermCriteria steps(cv::TermCriteria::COUNT, static_cast<int>(parameters[6]), 0);
+         cv::findTransformECC(src[0], src[1], map, cv::MOTION_AFFINE, steps, cv::noArray(), 1);
+         map.copyTo(dst);
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},

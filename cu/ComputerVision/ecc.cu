@@ -1,6 +1,7 @@
 /// @file
 /// Alignment by the enhanced correlation coefficient: a driver on the host, whose steps are operations of the library.
-/// Its own are the Jacobian and the products with it, which read the blocks of the Jacobian where they lie.
+/// Products with the Jacobian it takes in two sweeps over the warped gradients, pixel by pixel. The Jacobian as an
+/// image, and products with that, are for callers.
 
 #include <climits>
 #include <cmath>
@@ -8,7 +9,7 @@
 
 #include "arguments.h"
 #include "checks.h"
-#include "portable/folds.h"
+#include "portable/fold_image.h"
 #include "temporaries.h"
 #include "vexaComputerVision.h"
 
@@ -26,7 +27,21 @@ VEXA_KERNEL kernel_generate_coordinate_grid_32fc1(float* xGrid, float* yGrid, in
     });
 }
 
-/// The derivatives of an affinely warped image by the six parameters, in blocks side by side.
+namespace {
+
+constexpr int numberOfParameters = 6;
+
+using Derivatives = Pixel<float, numberOfParameters>;
+
+/// The derivatives of a pixel of an affinely warped image by the parameters, from its gradient and its place.
+VEXA_DEVICE Derivatives derivativesOf(float gradX, float gradY, float x, float y)
+{
+    return {{x * gradX, x * gradY, y * gradX, y * gradY, gradX, gradY}};
+}
+
+}  // namespace
+
+/// The derivatives of an affinely warped image, in blocks side by side.
 VEXA_KERNEL kernel_image_jacobian_affine_ECC(const float* gradX, const float* gradY, const float* xGrid,
                                              const float* yGrid, float* jacobian, int width, int height, int step,
                                              int jacobianStep)
@@ -37,18 +52,11 @@ VEXA_KERNEL kernel_image_jacobian_affine_ECC(const float* gradX, const float* gr
     const Plane<const float> rows{yGrid, step};
     const Plane<float> to{jacobian, jacobianStep};
     forEachPixel(width, height, [=](int x, int y) {
-        const float gx = alongX.row(y)[x];
-        const float gy = alongY.row(y)[x];
-        const float column = columns.row(y)[x];
-        const float row = rows.row(y)[x];
+        const Derivatives derivatives =
+            derivativesOf(alongX.row(y)[x], alongY.row(y)[x], columns.row(y)[x], rows.row(y)[x]);
         float* const first = to.row(y) + x;
-        const auto block = static_cast<std::ptrdiff_t>(width);
-        first[0] = column * gx;
-        first[block] = column * gy;
-        first[2 * block] = row * gx;
-        first[3 * block] = row * gy;
-        first[4 * block] = gx;
-        first[5 * block] = gy;
+        for (int i = 0; i < numberOfParameters; ++i)
+            first[static_cast<std::ptrdiff_t>(i) * width] = derivatives.element[i];
     });
 }
 
@@ -175,21 +183,183 @@ namespace {
 namespace al = arithmeticLogical;
 namespace st = imageStatistics;
 
-constexpr int numberOfParameters = 6;
-constexpr int matrixPitch = numberOfParameters * static_cast<int>(sizeof(Vexa32f));
-
 /// The parameters of a map, in the order of the blocks of the Jacobian: column by column.
 Vexa64f& parameter(Vexa64f (*map)[3], int i)
 {
     return map[i % 2][i / 2];
 }
 
-double dot(const VexaImage& a, const VexaImage& b)
+// ---- sums over a warped image ----
+
+/// The column and the row of a pixel, as inputs of a fold.
+struct Columns {
+    static constexpr int bytesPerPixel = 0;
+
+    struct From {
+        int first;
+        VEXA_DEVICE float operator()(int i) const { return static_cast<float>(first + i); }
+        VEXA_DEVICE From pixel(int x) const { return {first + x}; }
+        template <int n>
+        VEXA_DEVICE From pixels(int x) const
+        {
+            return pixel(x);
+        }
+    };
+
+    VEXA_DEVICE From row(int x, int /*y*/) const { return {x}; }
+};
+
+struct Rows {
+    static constexpr int bytesPerPixel = 0;
+
+    struct At {
+        float y;
+        VEXA_DEVICE float operator()(int /*i*/) const { return y; }
+        VEXA_DEVICE At pixel(int /*x*/) const { return *this; }
+        template <int n>
+        VEXA_DEVICE At pixels(int /*x*/) const
+        {
+            return *this;
+        }
+    };
+
+    VEXA_DEVICE At row(int /*x*/, int y) const { return {static_cast<float>(y)}; }
+};
+
+/// N sums in lanes of their own, of products of floats.
+template <int N>
+struct LanesOfSums : statistics::RowsDontMatter {
+    static constexpr int lanes = laneCount<f32>;
+    using Total = statistics::Numbers<double, N>;
+
+    alignas(laneAlignment) double sum[N][lanes] = {};
+
+    VEXA_DEVICE void add(int i, int lane, float a, float b)
+    {
+        sum[i][lane] += static_cast<double>(a) * static_cast<double>(b);
+    }
+
+    VEXA_DEVICE Total total() const
+    {
+        Total total = {};
+        for (int i = 0; i < N; ++i)
+            for (int lane = 0; lane < lanes; ++lane) total.sum[i] += sum[i][lane];
+        return total;
+    }
+};
+
+using Parameters = std::make_index_sequence<numberOfParameters>;
+
+/// The Gauss-Newton matrix: the part on and above the diagonal, row by row.
+struct Hessian : LanesOfSums<numberOfParameters*(numberOfParameters + 1) / 2> {
+    VEXA_DEVICE void take(int lane, float gradX, float gradY, float x, float y)
+    {
+        addRows(lane, derivativesOf(gradX, gradY, x, y), Parameters());
+    }
+
+private:
+    template <std::size_t... i>
+    VEXA_DEVICE void addRows(int lane, Derivatives derivatives, std::index_sequence<i...>)
+    {
+        (addRow<i>(lane, derivatives, std::make_index_sequence<numberOfParameters - i>()), ...);
+    }
+
+    template <std::size_t i, std::size_t... j>
+    VEXA_DEVICE void addRow(int lane, Derivatives derivatives, std::index_sequence<j...>)
+    {
+        constexpr std::size_t diagonal = i * numberOfParameters - i * (i - 1) / 2;
+        (add(diagonal + j, lane, derivatives.element[i], derivatives.element[i + j]), ...);
+    }
+};
+
+/// The products of the derivatives with the warped image, those with the template, and that of both images.
+struct Projections : LanesOfSums<2 * numberOfParameters + 1> {
+    VEXA_DEVICE void take(int lane, float gradX, float gradY, float x, float y, float image, float templ)
+    {
+        add(lane, derivativesOf(gradX, gradY, x, y), image, templ, Parameters());
+    }
+
+private:
+    template <std::size_t... i>
+    VEXA_DEVICE void add(int lane, Derivatives derivatives, float image, float templ, std::index_sequence<i...>)
+    {
+        (LanesOfSums::add(i, lane, derivatives.element[i], image), ...);
+        (LanesOfSums::add(numberOfParameters + i, lane, derivatives.element[i], templ), ...);
+        LanesOfSums::add(2 * numberOfParameters, lane, image, templ);
+    }
+};
+
+template <typename Total>
+struct StoreTotal {
+    Total* to;
+    VEXA_DEVICE void operator()(const Total& total) const { *to = total; }
+};
+
+bool isThere(const Elements<f32, 1>& image)
 {
-    VexaScalar product;
-    (void)al::dot(a, b, product);
-    return product[0];
+    return image.plane.pixels != nullptr;
 }
+template <typename Coordinate>
+bool isThere(const Coordinate& /*coordinate*/)
+{
+    return true;
+}
+
+/// A fold of float images of one size. Zeros where it fails.
+template <typename Fold, typename... Input>
+typename Fold::Total foldOf(const VexaSize& size, const Input&... input)
+{
+    using Total = typename Fold::Total;
+    Total total = {};
+    Total* block = nullptr;
+    if (!(isThere(input) && ...)) return total;
+    if (allocateElements(block, static_cast<std::size_t>(tilesOf(size.width, size.height).count) + 1)) return total;
+    statistics::fold<Fold, 1>(size.width, size.height, block + 1, nullptr, statistics::FromNothing<Fold>{},
+                              StoreTotal<Total>{block}, input...);
+    (void)platform::copyToHost(&total, block, sizeof total);
+    (void)platform::release(block);
+    return total;
+}
+
+// ---- small matrices ----
+
+/// As the library multiplies matrices: ascending fused sums of floats.
+struct Vector {
+    float element[numberOfParameters];
+};
+
+struct Matrix {
+    float element[numberOfParameters][numberOfParameters];
+
+    Vector operator*(const Vector& v) const
+    {
+        Vector product = {};
+        for (int i = 0; i < numberOfParameters; ++i)
+            for (int k = 0; k < numberOfParameters; ++k)
+                product.element[i] = std::fma(element[i][k], v.element[k], product.element[i]);
+        return product;
+    }
+};
+
+double dot(const Vector& a, const Vector& b)
+{
+    double sum = 0;
+    for (int i = 0; i < numberOfParameters; ++i)
+        sum += static_cast<double>(a.element[i]) * static_cast<double>(b.element[i]);
+    return sum;
+}
+
+Matrix symmetric(const Hessian::Total& upper)
+{
+    Matrix matrix;
+    int next = 0;
+    for (int i = 0; i < numberOfParameters; ++i)
+        for (int j = i; j < numberOfParameters; ++j)
+            matrix.element[i][j] = matrix.element[j][i] = static_cast<float>(upper.sum[next++]);
+    return matrix;
+}
+
+// ---- the driver ----
 
 /// The images of an alignment. Statuses of steps are dropped: what could not be made is null or 0, which all steps
 /// bear.
@@ -207,10 +377,9 @@ public:
 private:
     void prepareMask();
     void warp(Vexa64f (*map)[3]);
-    void differentiate();
+    Matrix inverseOf(const Matrix& hessian);
 
-    VexaImage _xGrid;
-    VexaImage _yGrid;
+    VexaSize _size;
     VexaImage _templateFloat;
     VexaImage _templateZeroMean;
     VexaImage _imageFloat;
@@ -222,15 +391,8 @@ private:
     VexaImage _gradientY;
     VexaImage _gradientXWarped;
     VexaImage _gradientYWarped;
-    VexaImage _jacobian;
     VexaImage _hessian;
     VexaImage _hessianInverse;
-    VexaImage _imageProjection;
-    VexaImage _templateProjection;
-    VexaImage _imageProjectionHessian;
-    VexaImage _errorProjection;
-    VexaImage _delta;
-    VexaImage _error;
     VexaScalar _imageMean;
     VexaScalar _imageDeviation;
     VexaScalar _templateMean;
@@ -239,32 +401,19 @@ private:
     double _coefficient = -1.0;
 };
 
+// The inverse takes the pitch of its source for that of a copy without gaps: there are none in these.
 Alignment::Alignment(VexaImage& templ, VexaImage& input)
-    : _xGrid(templ.size(), VEXA_32FC1),
-      _yGrid(templ.size(), VEXA_32FC1),
-      _templateZeroMean(templ.size(), VEXA_32FC1),
-      _imageWarped(templ.size(), VEXA_32FC1),
-      _imageMask(templ.size(), VEXA_8UC1),
+    : _size(templ.size()),
+      _templateZeroMean(_size, VEXA_32FC1),
+      _imageWarped(_size, VEXA_32FC1),
+      _imageMask(_size, VEXA_8UC1),
       _preMask(input.size(), VEXA_8UC1),
-      _gradientXWarped(templ.size(), VEXA_32FC1),
-      _gradientYWarped(templ.size(), VEXA_32FC1),
-      // The inverse takes the pitch of its source for that of a copy without gaps: there are none in these.
-      _hessian(numberOfParameters, numberOfParameters, matrixPitch, 32, 1),
-      _hessianInverse(numberOfParameters, numberOfParameters, matrixPitch, 32, 1),
-      _imageProjection(1, numberOfParameters, VEXA_32FC1),
-      _templateProjection(1, numberOfParameters, VEXA_32FC1),
-      _imageProjectionHessian(1, numberOfParameters, VEXA_32FC1),
-      _errorProjection(1, numberOfParameters, VEXA_32FC1),
-      _delta(1, numberOfParameters, VEXA_32FC1)
+      _gradientXWarped(_size, VEXA_32FC1),
+      _gradientYWarped(_size, VEXA_32FC1),
+      _hessian(numberOfParameters, numberOfParameters, sizeof(Vector), 32, 1),
+      _hessianInverse(numberOfParameters, numberOfParameters, sizeof(Vector), 32, 1)
 {
-    // A row that is too long for its bytes to be counted has no Jacobian.
-    if (templ.width() <= INT_MAX / numberOfParameters)
-        (void)_jacobian.create(numberOfParameters * templ.width(), templ.height(), VEXA_32FC1);
-    for (VexaImage* const small : {&_hessian, &_hessianInverse, &_imageProjection, &_templateProjection,
-                                   &_imageProjectionHessian, &_errorProjection, &_delta})
-        (void)small->set(0.0);
-    (void)vexa_generate_grid_32fc1(_xGrid.ptr<f32>(), _yGrid.ptr<f32>(), templ.width(), templ.height(), _xGrid.pitch(),
-                                   nullptr);
+    (void)_hessianInverse.set(0.0);
     (void)templ.convertTo(_templateFloat, VEXA_32FC1, 1.0F, 0.0F);
     prepareMask();
     (void)input.convertTo(_imageFloat, VEXA_32FC1, 1.0F, 0.0F);
@@ -297,13 +446,14 @@ void Alignment::warp(Vexa64f (*map)[3])
     take(_preMask, _imageMask, VEXA_INTER_NEAREST);
 }
 
-void Alignment::differentiate()
+/// Whatever its condition. One that can't be inverted keeps the inverse of the step before.
+Matrix Alignment::inverseOf(const Matrix& hessian)
 {
-    launch(kernel_image_jacobian_affine_ECC, {_imageWarped.width(), _imageWarped.height()}, nullptr,
-           _gradientXWarped.ptr<f32>(), _gradientYWarped.ptr<f32>(), _xGrid.ptr<f32>(), _yGrid.ptr<f32>(),
-           _jacobian.ptr<f32>(), _imageWarped.width(), _imageWarped.height(), pitchOf<f32>(_gradientXWarped),
-           pitchOf<f32>(_jacobian));
-    (void)platform::synchronizeDevice();
+    Matrix inverse = {};
+    (void)_hessian.upload(&hessian);
+    (void)al::invert(_hessian, _hessianInverse);
+    (void)_hessianInverse.download(&inverse);
+    return inverse;
 }
 
 bool Alignment::step(Vexa64f (*map)[3])
@@ -319,25 +469,36 @@ bool Alignment::step(Vexa64f (*map)[3])
     const double templateNorm = normOf(_templateDeviation[0]);
     const double imageNorm = normOf(_imageDeviation[0]);
 
-    differentiate();
-    (void)vexa_project_onto_jacobian_ECC(_jacobian, _jacobian, _hessian);
-    (void)al::invert(_hessian, _hessianInverse);
-
-    const double correlation = dot(_templateZeroMean, _imageWarped);
+    const auto elements = [](const VexaImage& image) {
+        return Elements<f32, 1>{{image.ptr<f32>(), pitchOf<f32>(image)}};
+    };
+    const auto gradX = elements(_gradientXWarped);
+    const auto gradY = elements(_gradientYWarped);
+    const Matrix inverse = inverseOf(symmetric(foldOf<Hessian>(_size, gradX, gradY, Columns{}, Rows{})));
+    const Projections::Total projections = foldOf<Projections>(_size, gradX, gradY, Columns{}, Rows{},
+                                                               elements(_imageWarped), elements(_templateZeroMean));
+    const double* const imageProjection = projections.sum;
+    const double* const templateProjection = imageProjection + numberOfParameters;
+    const double correlation = templateProjection[numberOfParameters];
     _coefficient = correlation / (templateNorm * imageNorm);
-    (void)vexa_project_onto_jacobian_ECC(_jacobian, _imageWarped, _imageProjection);
-    (void)vexa_project_onto_jacobian_ECC(_jacobian, _templateZeroMean, _templateProjection);
-    (void)al::matMul(_hessianInverse, _imageProjection, _imageProjectionHessian);
-    const double numerator = imageNorm * imageNorm - dot(_imageProjection, _imageProjectionHessian);
-    const double denominator = correlation - dot(_templateProjection, _imageProjectionHessian);
+
+    const auto rounded = [](const auto& value) {
+        Vector vector;
+        for (int i = 0; i < numberOfParameters; ++i) vector.element[i] = static_cast<float>(value(i));
+        return vector;
+    };
+    const Vector ofImage = rounded([=](int i) { return imageProjection[i]; });
+    const Vector ofTemplate = rounded([=](int i) { return templateProjection[i]; });
+    const Vector solved = inverse * ofImage;
+    const double numerator = imageNorm * imageNorm - dot(ofImage, solved);
+    const double denominator = correlation - dot(ofTemplate, solved);
     // A NaN goes on: the map becomes one, and the coefficient ends the loop.
     if (denominator <= 0) return false;
 
-    (void)al::multiply(_templateZeroMean, numerator / denominator, _error);
-    _error -= _imageWarped;
-    (void)vexa_project_onto_jacobian_ECC(_jacobian, _error, _errorProjection);
-    (void)al::matMul(_hessianInverse, _errorProjection, _delta);
-    for (int i = 0; i < numberOfParameters; ++i) parameter(map, i) += _delta.get(0, i, 0);
+    // The projection of the residual lambda * template - image.
+    const double lambda = static_cast<float>(numerator / denominator);
+    const Vector delta = inverse * rounded([=](int i) { return lambda * templateProjection[i] - imageProjection[i]; });
+    for (int i = 0; i < numberOfParameters; ++i) parameter(map, i) += static_cast<Vexa64f>(delta.element[i]);
     return true;
 }
 
