@@ -68,18 +68,6 @@ VEXA_DEVICE int clampedTo(int position, int size)
     return position < 0 ? 0 : (position < size ? position : size - 1);
 }
 
-namespace detail {
-
-/// A NaN comes to the upper bound.
-template <typename Number>
-VEXA_DEVICE Number clamp(Number value, Number lowest, Number highest)
-{
-    const Number below = value < highest ? value : highest;
-    return below > lowest ? below : lowest;
-}
-
-}  // namespace detail
-
 /// Positions that texture hardware tells apart between two pixels.
 inline constexpr int textureSteps = 256;
 

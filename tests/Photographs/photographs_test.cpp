@@ -1,6 +1,9 @@
 /// @file
 /// What operations are for, on the photographs: spoilt by a known model, they come back closer to the original.
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "images.h"
 #include "quality/photometric.h"
 #include "raw.h"
@@ -38,6 +41,58 @@ TEST(Photographs, AreDevelopedFromRawFrames)
             EXPECT_GT(ratio, 33.0) << file << ", layout " << layout;
             EXPECT_GT(ratio, psnr(pictureOf(plain), truth)) << file << ", layout " << layout;
         }
+    }
+}
+
+/// A part of a photograph, turned, sheared and moved, is found again to a tenth of a pixel.
+TEST(Photographs, AreAligned)
+{
+    for (const char* const file : files) {
+        VexaImage input = vexa::io::loadImage(std::string(VEXA_IMAGES "/") + file, VEXA_LOAD_IMAGE_GRAYSCALE);
+        double warp[2][3] = {{1.01, -0.02, 42.3}, {0.015, 0.99, 37.6}};
+        double found[2][3] = {{1, 0, 40}, {0, 1, 40}};
+        VexaImage templ(input.width() - 90, input.height() - 90, VEXA_8UC1);
+        ASSERT_EQ(vexa::geometryTransforms::warpAffineBack(input, templ, warp, VEXA_INTER_LINEAR), VEXA_SUCCESS);
+        ASSERT_EQ(vexa::computerVision::findTransformECC(templ, input, found, 100, 1e-7), VEXA_SUCCESS);
+        for (const double x : {0.0, templ.width() - 1.0})
+            for (const double y : {0.0, templ.height() - 1.0})
+                for (int axis = 0; axis < 2; ++axis)
+                    EXPECT_NEAR(found[axis][0] * x + found[axis][1] * y + found[axis][2],
+                                warp[axis][0] * x + warp[axis][1] * y + warp[axis][2], 0.07)
+                        << file << ", corner " << x << ", " << y;
+    }
+}
+
+/// Where frames are sharp in one half each, the stack is the photograph, away from the seam.
+TEST(Photographs, AreStacked)
+{
+    for (const char* const file : files) {
+        const VexaImage photo = photograph(file);
+        VexaImage soft;
+        ASSERT_EQ(vexa::imageFiltering::imageFilter(photo, soft, VexaSpecialFilters::gaussian(VexaSize(15, 15), 3.0F)),
+                  VEXA_SUCCESS);
+        const std::vector<kit::u8> sharpElements = kit::download<kit::u8>(photo);
+        std::vector<kit::u8> elements[2] = {sharpElements, sharpElements};
+        const std::vector<kit::u8> softElements = kit::download<kit::u8>(soft);
+        const auto columnOf = [&](std::size_t i) { return static_cast<int>(i / 3) % photo.width(); };
+        const int seam = photo.width() / 2;
+        for (std::size_t i = 0; i < sharpElements.size(); ++i)
+            elements[columnOf(i) < seam ? 1 : 0][i] = softElements[i];
+        VexaImage frames[] = {kit::imageOf(photo.size(), 3, elements[0]), kit::imageOf(photo.size(), 3, elements[1])};
+        VexaImage stacked;
+        testing::internal::CaptureStdout();
+        const VexaStatus status =
+            vexa::computerVision::focusStack(frames, 2, stacked, VexaSpecialFilters::average(VexaSize(21, 21)));
+        testing::internal::GetCapturedStdout();
+        ASSERT_EQ(status, VEXA_SUCCESS);
+        const std::vector<kit::u8> result = kit::download<kit::u8>(stacked);
+        int pixels = 0, right = 0;
+        for (std::size_t i = 0; i < result.size(); i += 3) {
+            if (std::abs(columnOf(i) - seam) < 30) continue;
+            ++pixels;
+            right += std::equal(&result[i], &result[i] + 3, &sharpElements[i]);
+        }
+        EXPECT_GE(right, 0.99 * pixels) << file;
     }
 }
 
