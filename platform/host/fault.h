@@ -26,6 +26,7 @@ enum class Call {
     resize,
     warp,
     transpose,
+    fourierForward,
     luFactor,
     luInvert,
     count
