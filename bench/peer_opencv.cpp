@@ -285,6 +285,17 @@ const Opponent opponents[] = {
          if (src[0].channels() == 3) cv::cvtColor(src[0], dst, cv::COLOR_BGR2GRAY);
          cv::threshold(src[0].channels() == 3 ? dst : src[0], dst, parameters[0] - 1, 255, cv::THRESH_BINARY);
      }},
+    {"dft", "cv::Mat::convertTo, cv::dft",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         static cv::Mat pixels;
+         src[0].convertTo(pixels, CV_32F);
+         cv::dft(pixels, dst, cv::DFT_COMPLEX_OUTPUT);
+     }},
+    {"Gaussian pyramid", "cv::buildPyramid",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         static Mats levels;
+         cv::buildPyramid(src[0], levels, static_cast<int>(parameters[0]));
+     }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
 };
