@@ -38,8 +38,10 @@ std::vector<Benchmark> photometricBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
 std::vector<Benchmark> geometryBenchmarks(VexaSize size);
 std::vector<Benchmark> alignmentBenchmarks(VexaSize size);
+std::vector<Benchmark> transformBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
 std::vector<Benchmark> matrixBenchmarks();
+std::vector<Benchmark> fourierBenchmarks();
 
 }  // namespace bench

@@ -176,9 +176,10 @@ std::vector<Benchmark> allBenchmarks()
         for (const auto family : {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks,
                                   bench::conversionBenchmarks, bench::fillBenchmarks, bench::statisticsBenchmarks,
                                   bench::colorBenchmarks, bench::demosaicBenchmarks, bench::filterBenchmarks,
-                                  bench::geometryBenchmarks, bench::photometricBenchmarks, bench::alignmentBenchmarks})
+                                  bench::geometryBenchmarks, bench::photometricBenchmarks, bench::alignmentBenchmarks, bench::transformBenchmarks})
             for (Benchmark& row : family(size)) rows.push_back(std::move(row));
-    for (Benchmark& row : bench::matrixBenchmarks()) rows.push_back(std::move(row));
+    for (const auto family : {bench::matrixBenchmarks, bench::fourierBenchmarks})
+        for (Benchmark& row : family()) rows.push_back(std::move(row));
     return rows;
 }
 

@@ -293,6 +293,18 @@ const Opponent opponents[] = {
          const cv::TermCriteria steps(cv::TermCriteria::COUNT, static_cast<int>(parameters[6]), 0);
          cv::findTransformECC(src[0], src[1], map, cv::MOTION_AFFINE, steps, cv::noArray(), 1);
          map.copyTo(dst);
+}
+
+    {"dft", "cv::Mat::convertTo, cv::dft",
+     [](const Mats& src, cv::Mat& dst, const Parameters&) {
+         static cv::Mat pixels;
+         src[0].convertTo(pixels, CV_32F);
+         cv::dft(pixels, dst, cv::DFT_COMPLEX_OUTPUT);
+     }},
+    {"Gaussian pyramid", "cv::buildPyramid",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         static Mats levels;
+         cv::buildPyramid(src[0], levels, static_cast<int>(parameters[0]));
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},

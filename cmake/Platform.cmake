@@ -42,7 +42,7 @@ if(VEXA_PLATFORM_NAME STREQUAL "cuda")
     find_package(CUDAToolkit REQUIRED)
     # One CUDA runtime for the library and its callers, who may launch its kernels themselves.
     set(CMAKE_CUDA_RUNTIME_LIBRARY Shared)
-    set(VEXA_PLATFORM_LIBRARIES CUDA::cudart CUDA::cublas CUDA::curand)
+    set(VEXA_PLATFORM_LIBRARIES CUDA::cudart CUDA::cublas CUDA::cufft CUDA::curand)
     # Statistics and geometry are NPP's where it is installed, which the toolkit's own parts don't tell.
     find_path(NPP_INCLUDE_DIR nppi_statistics_functions.h HINTS ${CUDAToolkit_INCLUDE_DIRS})
     find_library(NPP_STATISTICS_LIBRARY nppist HINTS ${CUDAToolkit_LIBRARY_DIR})

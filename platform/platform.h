@@ -207,6 +207,20 @@ template <typename T, int C>
 [[nodiscard]] VexaStatus transpose(Pixels<T> src, T* dst, int pitch, Stream stream);
 /// @}
 
+/// @name Fourier transforms
+/// @{
+
+/// A complex number as vendor libraries have it.
+struct alignas(8) Complex {
+    Vexa32f real;
+    Vexa32f imaginary;
+};
+
+/// The forward transform, not normalised, of a real image: in place, of packed rows whose imaginary parts are 0.
+/// VEXA_INTERNAL_FUNCTION_CALL_ERROR
+[[nodiscard]] VexaStatus fourierForward(Complex* values, int width, int height, Stream stream);
+/// @}
+
 /// @name Linear algebra
 /// Of one matrix, by column: rows of pixels are the columns of the transpose. Matrices, pivots and infos lie in device
 /// memory, and so do the pointers to the matrices. Leading dimensions are in elements.

@@ -27,6 +27,7 @@ enum class Call {
     resize,
     warp,
     transpose,
+    fourierForward,
     luFactor,
     luInvert,
     count
