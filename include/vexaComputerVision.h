@@ -99,6 +99,56 @@ VEXA_API VexaStatus vexa_goodFeaturesToTrack(Vexa8u* pSrc, Vexa32s srcWidth, Vex
                                              Vexa32s* featureCount, VexaFeaturesAlgorithm algo, Vexa32f quality,
                                              Vexa32s minimumDistance, Vexa32s blockSize, Vexa32f k,
                                              cudaStream_t stream);
+
+/// The measure of every pixel of a rectangle. VEXA_MEM_ALLOC_ERR
+VEXA_API VexaStatus _getFeatures(Vexa8u* pSrc, Vexa32s srcWidth, Vexa32s srcPitch, Vexa32s srcHeight,
+                                 const VexaRect& roi, Vexa32f* eig, Vexa32s eigPitch, Vexa32s blockSize, bool useHarris,
+                                 bool usePeter, Vexa32f k, cudaStream_t stream);
+
+/// Central differences of a rectangle.
+VEXA_API void _calculateGradients(Vexa8u* pSrc, Vexa32s srcWidth, Vexa32s srcPitch, Vexa32s srcHeight,
+                                  const VexaRect& roi, Vexa32f* gradX, Vexa32f* gradY, Vexa32s gradPitch,
+                                  cudaStream_t stream);
+
+/// The strongest pixel of each cell of a rectangle's measures, into a list of zeros in device memory.
+VEXA_API void _selectGoodFeatures(Vexa32f* eig, Vexa32s eigPitch, const VexaRect& roi,
+                                  VexaPointValue2D<float, float>* list, Vexa32s listSize, cudaStream_t stream);
+
+/// Whether a feature is stronger than another.
+VEXA_API bool _VexaPointValueDescend(const VexaPointValue2D<float, float>& lhs,
+                                     const VexaPointValue2D<float, float>& rhs);
+
+/// Moves the features among `count` candidates in host memory, strongest first, to the head of the list, and sets
+/// `count` to their number. VEXA_MEM_ALLOC_ERR
+VEXA_API VexaStatus _selectBestFeatures(VexaPointValue2D<float, float>* host_featurelist, Vexa32s minimumDistance,
+                                        Vexa32s* count, Vexa32f quality);
+
+VEXA_API VexaStatus vexa_trackFeatures(Vexa8u* image1, Vexa8u* image2, Vexa32s width, Vexa32s widthStep, Vexa32s height,
+                                       VexaPointValue2D<float, float>* features1,
+                                       VexaPointValue2D<float, float>*& features2, Vexa32s featureCount,
+                                       Vexa32s pyramidLevels, VexaSize windowSize, Vexa32f maxResidue,
+                                       Vexa32s iterations, Vexa32f errorThreshold, Vexa32f subSampling,
+                                       cudaStream_t internal_stream);
+
+/// One level, of which `subSampling` is the scale. The lists are in device memory. VEXA_MEM_ALLOC_ERR also for windows
+/// of more than 2^24 pixels, VEXA_MEMFREE_ERR
+VEXA_API VexaStatus _vexaTrackFeatures(Vexa8u* image1, Vexa8u* image2, Vexa32s width, Vexa32s widthStep, Vexa32s height,
+                                       VexaPointValue2D<float, float>* features1,
+                                       VexaPointValue2D<float, float>* features2, Vexa32s featureCount,
+                                       Vexa32s iterations, Vexa32f subSampling, VexaSize windowSize,
+                                       Vexa32f errorThreshold, Vexa32f maxResidue, cudaStream_t internal_stream);
+
+/// Gradients of both images of a level, in images of floats that share a pitch.
+VEXA_API void _calculateTrackerGradients(Vexa8u* image1, Vexa8u* image2, Vexa32s width, Vexa32s widthStep,
+                                         Vexa32s height, Vexa32f* img1X, Vexa32f* img1Y, Vexa32f* img2X, Vexa32f* img2Y,
+                                         Vexa32s gradPitch, cudaStream_t internal_stream);
+
+/// Follows features on one level, by the images and, on a GPU, the gradients. The host makes gradients of its own.
+VEXA_API void _trackFeatures(Vexa8u* image1, Vexa8u* image2, Vexa32s width, Vexa32s widthStep, Vexa32s height,
+                             Vexa32f* img1X, Vexa32f* img1Y, Vexa32f* img2X, Vexa32f* img2Y, Vexa32s gradPitch,
+                             VexaPointValue2D<float, float>* features1, VexaPointValue2D<float, float>* features2,
+                             Vexa32s featureCount, Vexa32s iterations, Vexa32f subSampling, VexaSize windowSize,
+                             Vexa32f errorThreshold, Vexa32f maxResidue, cudaStream_t internal_stream);
 /// @}
 
 /// @name Dense optical flow

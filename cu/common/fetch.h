@@ -53,4 +53,34 @@ struct FetchZero {
     }
 };
 
+/// A rectangle of an image, which counts what lies around it and, beyond the image, its nearest pixel. The rectangle
+/// may reach or lie anywhere.
+template <typename T>
+struct FetchRectangle {
+    FetchClamped<T> image;
+    int left;
+    int top;
+    int width;
+    int height;
+
+    VEXA_DEVICE T operator()(int x, int y) const
+    {
+        return image.row(clamped(top, y, image.height))[clamped(left, x, image.width)];
+    }
+
+    /// Null for one that does not lie in the image: its pixels are fetched one by one.
+    VEXA_DEVICE const T* row(int y) const
+    {
+        const bool inside = left >= 0 && static_cast<long long>(left) + width <= image.width;
+        return inside ? image.row(clamped(top, y, image.height)) + left : nullptr;
+    }
+
+private:
+    static VEXA_DEVICE int clamped(int origin, int offset, int size)
+    {
+        const long long position = static_cast<long long>(origin) + offset;
+        return position < 0 ? 0 : (position < size ? static_cast<int>(position) : size - 1);
+    }
+};
+
 }  // namespace vexa

@@ -50,6 +50,12 @@ VEXA_DEVICE T rounded(float value, Range range)
 template <typename T>
 inline constexpr Range rangeOf{static_cast<float>(Element<T>::min), static_cast<float>(Element<T>::max)};
 
+/// A position on an axis of so many pixels, the edge where it lies outside.
+VEXA_DEVICE int clampedTo(int position, int size)
+{
+    return position < 0 ? 0 : (position < size ? position : size - 1);
+}
+
 namespace detail {
 
 /// A NaN comes to the upper bound.
@@ -62,10 +68,20 @@ VEXA_DEVICE Number clamp(Number value, Number lowest, Number highest)
 
 }  // namespace detail
 
-/// A position on an axis of so many pixels, the edge where it lies outside.
-VEXA_DEVICE int clampedTo(int position, int size)
+/// Positions that texture hardware tells apart between two pixels.
+inline constexpr int textureSteps = 256;
+
+/// The pixel before a position along one axis, and the steps to it.
+struct BetweenTexels {
+    int before;
+    int steps;
+};
+
+/// For a position near the image, in pixels that are centred at integers.
+VEXA_DEVICE BetweenTexels betweenTexels(float centred)
 {
-    return position < 0 ? 0 : (position < size ? position : size - 1);
+    const float before = floorf(centred);
+    return {static_cast<int>(before), static_cast<int>((centred - before) * static_cast<float>(textureSteps) + 0.5F)};
 }
 
 /// A position between pixels of a source.

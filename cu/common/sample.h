@@ -166,8 +166,8 @@ struct SampleTexture {
 
     VEXA_DEVICE Spot<int> place(TexturePosition position) const
     {
-        const Along x = along(position.x);
-        const Along y = along(position.y);
+        const BetweenTexels x = betweenTexels(position.x);
+        const BetweenTexels y = betweenTexels(position.y);
         constexpr int behind = 1 + detail::spareTaps<C>;
         const bool touches = (x.before >= -1) & (y.before >= -1) & (x.before < src.width) & (y.before < src.height);
         const bool isInterior =
@@ -189,11 +189,12 @@ struct SampleTexture {
         if constexpr (std::is_integral_v<T>) {
             const auto right = static_cast<unsigned>(tx);
             const auto lower = static_cast<unsigned>(ty);
+            constexpr unsigned steps = textureSteps;
             const Value upperRow = (steps - right) * upperLeft + right * upperRight;
             const Value lowerRow = (steps - right) * lowerLeft + right * lowerRight;
             return ((steps - lower) * upperRow + lower * lowerRow) / (steps * steps);
         } else {
-            constexpr float step = 1.0F / steps;
+            constexpr float step = 1.0F / textureSteps;
             const float right = static_cast<float>(tx) * step;
             const float lower = static_cast<float>(ty) * step;
             const Value upperRow = (1.0F - right) * upperLeft + right * upperRight;
@@ -202,26 +203,13 @@ struct SampleTexture {
         }
     }
 
-    static constexpr unsigned steps = 256;
-
 private:
-    struct Along {
-        int before;
-        int steps;
-    };
-
     static VEXA_DEVICE float bounded(float position, int size)
     {
         // A float holds no int between this and the largest.
         constexpr float largest = 2147483520.0F;
         const float end = static_cast<float>(size) + 1.0F;
         return detail::clamp(position - 0.5F, -2.0F, end < largest ? end : largest);
-    }
-
-    static VEXA_DEVICE Along along(float centred)
-    {
-        const float before = floorf(centred);
-        return {static_cast<int>(before), static_cast<int>((centred - before) * static_cast<float>(steps) + 0.5F)};
     }
 
     VEXA_DEVICE Wide tap(int x, int y, int c) const

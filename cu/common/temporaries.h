@@ -1,10 +1,12 @@
 /// @file
-/// Temporary device blocks of workers. There is no owner that frees them: workers that give up on a failure leave
-/// theirs allocated, as work on them may still be queued. That is the contract, and tested.
+/// Temporary device blocks of workers. Most have no owner that frees them: workers that give up on a failure leave
+/// theirs allocated, as work on them may still be queued. That is the contract, and tested. Those of computer vision,
+/// which are many a call, have owners.
 
 #pragma once
 
 #include <initializer_list>
+#include <memory>
 
 #include "platform.h"
 
@@ -27,6 +29,31 @@ template <typename T>
     for (void* const block : blocks)
         if (platform::release(block)) status = VEXA_MEMFREE_ERR;
     return status;
+}
+
+struct ReleaseElements {
+    void operator()(void* block) const { (void)platform::release(block); }
+};
+
+/// A block that goes with its owner.
+template <typename T>
+using OwnedElements = std::unique_ptr<T, ReleaseElements>;
+
+/// A block of `count` elements. VEXA_MEM_ALLOC_ERR
+template <typename T>
+[[nodiscard]] VexaStatus allocateElements(OwnedElements<T>& block, std::size_t count)
+{
+    T* memory = nullptr;
+    const VexaStatus status = allocateElements(memory, count);
+    block.reset(memory);
+    return status;
+}
+
+/// Releases a block before its owner goes. VEXA_MEMFREE_ERR
+template <typename T>
+[[nodiscard]] VexaStatus releaseElements(OwnedElements<T>& block)
+{
+    return platform::release(block.release());
 }
 
 }  // namespace vexa
