@@ -21,44 +21,71 @@ struct Bytes {
     VEXA_DEVICE int operator()(long long i) const { return i < count ? first[i] : 0; }
 };
 
-/// The differences of two times two pixels in both images, whole numbers.
-struct Derivatives {
-    float y;
-    float x;
-    float time;
+/// Pixels whose neighbours are all there.
+struct Unguarded {
+    const u8* first;
+
+    VEXA_DEVICE int operator()(long long i) const { return first[i]; }
 };
 
-/// a(k) and b(k) are pixel k of the four, by columns; quarters are truncated.
-template <typename A, typename B>
-VEXA_DEVICE Derivatives derive(const A& a, const B& b)
+/// The differences of the cube of two by two pixels in two images, whole numbers.
+struct Differences {
+    int y;
+    int x;
+    int time;
+};
+
+/// Of the cube at i, whose rows lie `width` apart. Quarters are truncated.
+template <typename Image>
+VEXA_DEVICE Differences differencesAt(const Image& A, const Image& B, long long i, int width)
 {
-    const int upper = a(0) + b(0) + a(2) + b(2);
-    const int lower = a(1) + b(1) + a(3) + b(3);
-    const int left = a(0) + b(0) + a(1) + b(1);
-    const int right = a(2) + b(2) + a(3) + b(3);
-    const int before = a(0) + a(1) + a(2) + a(3);
-    const int after = b(0) + b(1) + b(2) + b(3);
-    return {static_cast<float>((lower - upper) / 4), static_cast<float>((right - left) / 4),
-            static_cast<float>((after - before) / 4)};
+    const int a0 = A(i), a1 = A(i + width), a2 = A(i + 1), a3 = A(i + width + 1);
+    const int b0 = B(i), b1 = B(i + width), b2 = B(i + 1), b3 = B(i + width + 1);
+    return {((a1 + b1 + a3 + b3) - (a0 + b0 + a2 + b2)) / 4, ((a2 + b2 + a3 + b3) - (a0 + b0 + a1 + b1)) / 4,
+            ((b0 + b1 + b2 + b3) - (a0 + a1 + a2 + a3)) / 4};
 }
 
+/// The flow of a run of pixels, round by round for all of them.
+template <typename Image>
 struct Relaxation {
-    float* u;
-    float* v;
+    Image A;
+    Image B;
+    int width;
     int rounds;
     float lambda;
+    float* u;
+    float* v;
 
-    VEXA_DEVICE void operator()(long long i, const Derivatives& e) const
+    VEXA_DEVICE void operator()(long long first, int pixels) const
     {
-        const float r = reciprocal(lambda * lambda + e.y * e.y + e.x * e.x);
-        float flowU = 0;
-        float flowV = 0;
-        for (int round = 0; round < rounds; ++round) {
-            flowU = flowU - e.y * (e.time + e.y * flowU + e.x * flowV) * r;
-            flowV = flowV - e.x * (e.time + e.y * flowU + e.x * flowV) * r;
+        float ey[itemsPerRun];
+        float ex[itemsPerRun];
+        float et[itemsPerRun];
+        float r[itemsPerRun];
+        float flowU[itemsPerRun];
+        float flowV[itemsPerRun];
+#pragma omp simd
+        for (int i = 0; i < pixels; ++i) {
+            const Differences e = differencesAt(A, B, first + i, width);
+            ey[i] = static_cast<float>(e.y);
+            ex[i] = static_cast<float>(e.x);
+            et[i] = static_cast<float>(e.time);
+            r[i] = reciprocal(lambda * lambda + ey[i] * ey[i] + ex[i] * ex[i]);
+            flowU[i] = 0;
+            flowV[i] = 0;
         }
-        u[i] = flowU;
-        v[i] = flowV;
+        for (int round = 0; round < rounds; ++round) {
+#pragma omp simd
+            for (int i = 0; i < pixels; ++i) {
+                const float nextU = flowU[i] - ey[i] * (et[i] + ey[i] * flowU[i] + ex[i] * flowV[i]) * r[i];
+                flowV[i] = flowV[i] - ex[i] * (et[i] + ey[i] * nextU + ex[i] * flowV[i]) * r[i];
+                flowU[i] = nextU;
+            }
+        }
+        for (int i = 0; i < pixels; ++i) {
+            u[first + i] = flowU[i];
+            v[first + i] = flowV[i];
+        }
     }
 };
 
@@ -69,24 +96,12 @@ struct Relaxation {
 VEXA_KERNEL derivatives(const Vexa8u* imgA, const Vexa8u* imgB, long long readableA, long long readableB,
                         long long count, float* u, float* v, unsigned short width, int criteria, float lambda)
 {
-    const Relaxation relax{u, v, criteria, lambda};
-    const long long w = width;
     const long long readable = readableA < readableB ? readableA : readableB;
-    const long long whole = readable - w - 1;
+    const long long whole = readable - width - 1;
     const long long unguarded = whole < 0 ? 0 : (whole < count ? whole : count);
-    forEachItem(unguarded, [=](long long i) {
-        const u8* const a = imgA + i;
-        const u8* const b = imgB + i;
-        relax(i, derive([=](int k) -> int { return a[k / 2 + k % 2 * w]; },
-                        [=](int k) -> int { return b[k / 2 + k % 2 * w]; }));
-    });
-    const Bytes bytesA{imgA, readableA};
-    const Bytes bytesB{imgB, readableB};
-    forEachItem(count - unguarded, [=](long long behind) {
-        const long long i = unguarded + behind;
-        relax(i, derive([=](int k) { return bytesA(i + k / 2 + k % 2 * w); },
-                        [=](int k) { return bytesB(i + k / 2 + k % 2 * w); }));
-    });
+    forEachItemRun(unguarded, Relaxation<Unguarded>{{imgA}, {imgB}, width, criteria, lambda, u, v});
+    const Relaxation<Bytes> guarded{{imgA, readableA}, {imgB, readableB}, width, criteria, lambda, u, v};
+    forEachItemRun(count - unguarded, [=](long long behind, int pixels) { guarded(unguarded + behind, pixels); });
 }
 
 namespace {

@@ -45,11 +45,9 @@ VEXA_DEVICE Displacement displacementOf(float flow, int size, bool interpolates)
 {
     // Twice the image is as far as any. A NaN goes there too.
     const auto far = static_cast<float>(size) * 2.0F;
-    const float position = detail::clamp(interpolates ? flow - 0.5F : flow, -far, far);
-    const float whole = floorf(position);
-    constexpr float steps = 256.0F;
-    const float fraction = floorf((position - whole) * steps + 0.5F) * (1.0F / steps);
-    return {static_cast<int>(whole), interpolates ? fraction : 0.0F};
+    const BetweenTexels between = betweenTexels(detail::clamp(interpolates ? flow - 0.5F : flow, -far, far));
+    const float weight = static_cast<float>(between.steps) * (1.0F / textureSteps);
+    return {between.before, interpolates ? weight : 0.0F};
 }
 
 /// The mean of values at a displacement's four texels.

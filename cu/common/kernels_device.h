@@ -302,6 +302,16 @@ VEXA_DEVICE void forEachItem(long long count, const Rule& rule)
         rule(i);
 }
 
+/// Items that forEachItemRun hands out at a time: one a thread.
+inline constexpr int itemsPerRun = 1;
+
+/// rule(first, items) for runs of a flat run of items; for rules whose loops lie outside those over items.
+template <typename Rule>
+VEXA_DEVICE void forEachItemRun(long long count, const Rule& rule)
+{
+    forEachItem(count, [&](long long i) { rule(i, itemsPerRun); });
+}
+
 /// rule(x, y) for every pixel outside the interior.
 template <typename Rule>
 VEXA_DEVICE void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)

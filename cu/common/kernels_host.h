@@ -245,6 +245,25 @@ inline void forEachItem(long long count, const Rule& rule)
     });
 }
 
+/// Items that forEachItemRun hands out at a time: a few vectors, so that one waits for its results while others work.
+inline constexpr int itemsPerRun = 64;
+
+/// rule(first, items) for runs of a flat run of items; for rules whose loops lie outside those over items.
+template <typename Rule>
+inline void forEachItemRun(long long count, const Rule& rule)
+{
+    if (count < 1) return;
+    constexpr std::size_t bytesPerRun = 64 * itemsPerRun;
+    const auto runs = static_cast<std::size_t>((count + itemsPerRun - 1) / itemsPerRun);
+    platform::parallelRanges(runs, bytesPerRun, [=](std::size_t begin, std::size_t end) {
+        const Rule own = rule;
+        for (std::size_t run = begin; run < end; ++run) {
+            const long long first = static_cast<long long>(run) * itemsPerRun;
+            own(first, static_cast<int>(std::min<long long>(itemsPerRun, count - first)));
+        }
+    });
+}
+
 /// rule(x, y) for every pixel outside the interior, row by row in runs on either side of it.
 template <typename Rule>
 inline void forEachPixelOutside(Interior interior, int width, int height, const Rule& rule)
