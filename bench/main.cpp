@@ -173,10 +173,11 @@ std::vector<Benchmark> allBenchmarks()
 {
     std::vector<Benchmark> rows;
     for (const VexaSize& size : {VexaSize(640, 480), VexaSize(1920, 1080), VexaSize(3840, 2160)})
-        for (const auto family : {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks,
-                                  bench::conversionBenchmarks, bench::fillBenchmarks, bench::statisticsBenchmarks,
-                                  bench::colorBenchmarks, bench::demosaicBenchmarks, bench::filterBenchmarks,
-                                  bench::geometryBenchmarks, bench::photometricBenchmarks, bench::alignmentBenchmarks, bench::transformBenchmarks})
+        for (const auto family :
+             {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks, bench::conversionBenchmarks,
+              bench::fillBenchmarks, bench::statisticsBenchmarks, bench::colorBenchmarks, bench::demosaicBenchmarks,
+              bench::filterBenchmarks, bench::geometryBenchmarks, bench::photometricBenchmarks,
+              bench::alignmentBenchmarks, bench::transformBenchmarks})
             for (Benchmark& row : family(size)) rows.push_back(std::move(row));
     for (const auto family : {bench::matrixBenchmarks, bench::fourierBenchmarks})
         for (Benchmark& row : family()) rows.push_back(std::move(row));
