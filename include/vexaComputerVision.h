@@ -239,15 +239,14 @@ VEXA_API int validateImages(const VexaImage* ImgArr, const int numImages);
 VEXA_API VexaStatus vexa_ecc_8u_c1(VexaImage& src, VexaImage& dst, Vexa64f (*map)[3], const int numberOfIterations,
                                    const double termination_eps);
 
-/// Dot products of blocks of columns of 32f images with 1 channel, in double, rounded to float. Blocks lie side by
-/// side. Blocks.
+/// Dot products of parts of 32f images with 1 channel that lie side by side, in double, rounded to float. Blocks.
 ///
-/// Images of different widths: element (0, i) of `dst` is the product of block i of `src1`, as wide as `src2`, and
-/// `src2`. Images of one width: they have as many blocks as `dst` has columns, and element (j, i), and (i, j) with it,
-/// is the product of block i of `src1` and block j of `src2` for j from i on. Other elements of `dst` stay.
+/// Images of different widths: element (0, i) of `dst` is the product of part i of `src1`, as wide as `src2`, and
+/// `src2`. Images of one width: they have as many parts as `dst` has columns, and element (j, i), and (i, j) with it,
+/// is the product of part i of `src1` and part j of `src2` for j from i on. Other elements of `dst` stay.
 ///
 /// @return VEXA_IMAGE_NOT_INITIALIZED; VEXA_TYPE_NOT_SUPPORTED_ERROR; VEXA_NOT_SUPPORTED_MODE_ERROR for images of
-///         different heights or without all blocks; VEXA_MEM_ALLOC_ERR, VEXA_MEMFREE_ERR
+///         different heights or without all parts; VEXA_MEM_ALLOC_ERR, VEXA_MEMFREE_ERR
 VEXA_API VexaStatus vexa_project_onto_jacobian_ECC(const VexaImage& src1, const VexaImage& src2, VexaImage& dst);
 
 /// The coordinates of every pixel, into two planes of floats on the device with one pitch in bytes.

@@ -174,6 +174,7 @@ VexaStatus vexa_project_onto_jacobian_ECC(const VexaImage& src1, const VexaImage
 
 void initEye(Vexa64f map[][3])
 {
+    if (map == nullptr) return;
     for (int row = 0; row < 2; ++row)
         for (int column = 0; column < 3; ++column) map[row][column] = row == column ? 1 : 0;
 }
