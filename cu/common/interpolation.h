@@ -50,6 +50,18 @@ VEXA_DEVICE T rounded(float value, Range range)
 template <typename T>
 inline constexpr Range rangeOf{static_cast<float>(Element<T>::min), static_cast<float>(Element<T>::max)};
 
+namespace detail {
+
+/// A NaN comes to the upper bound.
+template <typename Number>
+VEXA_DEVICE Number clamp(Number value, Number lowest, Number highest)
+{
+    const Number below = value < highest ? value : highest;
+    return below > lowest ? below : lowest;
+}
+
+}  // namespace detail
+
 /// A position on an axis of so many pixels, the edge where it lies outside.
 VEXA_DEVICE int clampedTo(int position, int size)
 {
