@@ -63,7 +63,7 @@ void* VexaStream::ptr() const
 
 void VexaStream::sync() const
 {
-    platform::synchronize(handle(_stream));
+    (void)platform::synchronize(handle(_stream));
 }
 
 bool VexaStream::finished() const

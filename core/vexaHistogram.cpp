@@ -35,7 +35,7 @@ Vexa32u* clearedInDevice(Vexa32s count)
     void* bins = nullptr;
     if (platform::allocate(bins, bytesOf(count))) return nullptr;
     (void)platform::setBytes({bins, bytesOf(count)}, 0, {bytesOf(count), 1}, nullptr);
-    platform::synchronize(nullptr);
+    (void)platform::synchronize(nullptr);
     return static_cast<Vexa32u*>(bins);
 }
 

@@ -4,6 +4,7 @@
 #include "vexaPyramid.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 using namespace vexa;
@@ -13,12 +14,12 @@ namespace {
 /// What stands for a level that does not exist.
 VexaImage _null_image_;
 
-/// A side of the next level. One that is past an integer has no pixels either.
+/// A side of the next level. One that no integer holds has no pixels either.
 Vexa32s scaled(Vexa32s side, Vexa32f scale)
 {
     constexpr Vexa32f limit = 2147483648.0F;
     const Vexa32f product = static_cast<Vexa32f>(side) * scale;
-    return product < limit ? static_cast<Vexa32s>(product) : 0;
+    return std::abs(product) < limit ? static_cast<Vexa32s>(product) : 0;
 }
 
 /// visit(level, size) for every level from the source on.
@@ -78,7 +79,7 @@ void differencesUpwards(VexaImage* level, Vexa32s levels, const VexaFilter& filt
         subtractFrom(level[i + 1], resized(filtered(level[i], filter), level[i + 1].size(), interpolation));
     }
     VexaImage& first = level[0];
-    const VexaImage twice = resized(first, {2 * first.width(), 2 * first.height()}, interpolation);
+    const VexaImage twice = resized(first, {scaled(first.width(), 2), scaled(first.height(), 2)}, interpolation);
     subtractFrom(first, resized(filtered(twice, filter), first.size(), interpolation));
 }
 

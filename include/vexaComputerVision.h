@@ -1,6 +1,6 @@
 /// @file
-/// vexa::computerVision: corner-like features and following them from one image to the next, dense flow, alignment, focus
-/// stacking.
+/// vexa::computerVision: corner-like features and following them from one image to the next, dense flow, alignment,
+/// focus stacking.
 
 #pragma once
 
@@ -296,13 +296,13 @@ VEXA_API VexaStatus findTransformECC(VexaImage& templ, VexaImage& input, Vexa64f
 /// more than one coefficient, `denoiseFilter` smooths the map of their indices, which are rounded and clamped
 /// afterwards. 8u and 16u with 3 channels; an empty `sharpImage` is created like the first image.
 ///
-/// Tells its progress, and an error that the device's runtime holds, on standard output. The images should have one
-/// size and type. What an image lacks of the first does not compete and is never read: where a smoothed index names it,
-/// the pixel comes from the first image. Blocks.
+/// Tells its progress, and an error that the device's runtime holds, on standard output. Images that differ from the
+/// first in size or type do not compete; where a smoothed index names one, the pixel comes from the first image.
+/// Blocks.
 ///
 /// @return VEXA_INVALID_ARG_ERROR without images; VEXA_TYPE_NOT_SUPPORTED_ERROR for other types of the first image,
 ///         after all other work; VEXA_IMAGE_NOT_INITIALIZED if it has been released; VEXA_NOT_SUPPORTED_MODE_ERROR for
-///         a `sharpImage` of another type; VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_H2D_ERROR
+///         a `sharpImage` of another type or size; VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_H2D_ERROR
 VEXA_API VexaStatus focusStack(VexaImage* ImgArr, const int numImages, VexaImage& sharpImage, VexaFilter denoiseFilter,
                                const VexaStream& stream = VexaStream(false));
 

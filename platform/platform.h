@@ -89,7 +89,9 @@ struct Extent2D {
 /// The default stream can't be destroyed. VEXA_STREAM_DESTROY_ERROR
 [[nodiscard]] VexaStatus destroyStream(Stream stream);
 
-void synchronize(Stream stream);
+/// VEXA_UNKNOWN_ERROR
+[[nodiscard]] VexaStatus synchronize(Stream stream);
+
 bool finished(Stream stream);
 /// @}
 

@@ -288,7 +288,7 @@ VexaStatus vexa_goodFeaturesToTrack(Vexa8u* pSrc, Vexa32s srcWidth, Vexa32s srcP
     if (candidates == nullptr) return VEXA_MEM_ALLOC_ERR;
     host_featureList = candidates;
     if (const VexaStatus failed = platform::copyToHost(candidates, list.get(), bytes, stream)) return failed;
-    platform::synchronize(stream);
+    (void)platform::synchronize(stream);
     int count = sortCandidates(candidates, listSize, quality);
     if (const VexaStatus failed = _selectBestFeatures(candidates, minimumDistance, &count, quality)) return failed;
     *featureCount = std::min(*featureCount, count);

@@ -76,9 +76,9 @@ VEXA_KERNEL kernel_build_sharp_image(T** ImgArr, const float* StackClip, T* Shar
 namespace {
 
 /// Waits for what was launched.
-VexaStatus waited()
+VexaStatus waited(platform::Stream stream)
 {
-    return platform::synchronizeDevice() == VEXA_SUCCESS ? VEXA_SUCCESS : VEXA_INTERNAL_FUNCTION_CALL_ERROR;
+    return platform::synchronize(stream) == VEXA_SUCCESS ? VEXA_SUCCESS : VEXA_INTERNAL_FUNCTION_CALL_ERROR;
 }
 
 }  // namespace
@@ -88,7 +88,7 @@ VexaStatus vexa_order_stack_32fc1(const Vexa32f* ImgBW, Vexa32f* StackVal, Vexa3
 {
     launch(kernel_order_stack_32f, {width, height}, stream, ImgBW, StackVal, Stack, i, width, height, step,
            elements<f32>(step32));
-    return waited();
+    return waited(stream);
 }
 
 VexaStatus vexa_clip_stack(const Vexa32f* StackVal, const Vexa32f* Stack, Vexa32f* StackClip, const int NoImage,
@@ -96,7 +96,7 @@ VexaStatus vexa_clip_stack(const Vexa32f* StackVal, const Vexa32f* Stack, Vexa32
 {
     launch(kernel_remove_low_contrast, elementExtent<1, f32>(width, height), stream, StackVal, Stack, StackClip,
            NoImage, LowCont, width, height, elements<f32>(step));
-    return waited();
+    return waited(stream);
 }
 
 int validateImages(const VexaImage* /*ImgArr*/, const int /*numImages*/)
@@ -141,11 +141,10 @@ VexaFilter wideGaussian()
     });
 }
 
-/// The part of the first image of a series that another one has; nothing if its type differs.
-VexaSize partOf(const VexaImage& first, const VexaImage& image)
+/// Whether an image can be stacked with the first of a series. One that differs in type or size does not compete.
+bool matches(const VexaImage& image, const VexaImage& first)
 {
-    if (!image.isInitialized() || image.type() != first.type()) return {0, 0};
-    return {std::min(first.width(), image.width()), std::min(first.height(), image.height())};
+    return image.isInitialized() && match(image, first, {same::type, same::width, same::height}) == VEXA_SUCCESS;
 }
 
 /// The smoothed index of the sharpest image around each pixel. What fails is not looked at.
@@ -163,15 +162,16 @@ void mapSharpest(VexaImage* images, int count, const VexaFilter& denoiseFilter, 
         for (VexaImage* const image : {&map, &best, &smooth}) (void)image->set(0.0);
         std::printf("\nCreating stack map from image: 1");
         for (int i = 0; i < count; ++i) {
-            (void)images[i].convertTo(scaled, VEXA_32FC3, 1.0F, 0.0F, stream);
-            (void)colorOperations::rgb2gray(scaled, smooth, VexaScalar(1.0, 1.0, 1.0), stream);
-            (void)imageFiltering::imageFilter(smooth, response, laplacian, stream);
-            // The response is smoothed before its absolute value is taken; that is meant.
-            (void)imageFiltering::imageFilter(response, smooth, gaussian, stream);
-            (void)arithmeticLogical::abs(smooth, response, stream);
-            const VexaSize part = partOf(images[0], images[i]);
-            (void)vexa_order_stack_32fc1(response.ptr<f32>(), best.ptr<f32>(), map.ptr<f32>(), i, part.width,
-                                         part.height, map.pitch(), best.pitch(), handle(stream));
+            if (matches(images[i], images[0])) {
+                (void)images[i].convertTo(scaled, VEXA_32FC3, 1.0F, 0.0F, stream);
+                (void)colorOperations::rgb2gray(scaled, smooth, VexaScalar(1.0, 1.0, 1.0), stream);
+                (void)imageFiltering::imageFilter(smooth, response, laplacian, stream);
+                // The response is smoothed before its absolute value is taken; that is meant.
+                (void)imageFiltering::imageFilter(response, smooth, gaussian, stream);
+                (void)arithmeticLogical::abs(smooth, response, stream);
+                (void)vexa_order_stack_32fc1(response.ptr<f32>(), best.ptr<f32>(), map.ptr<f32>(), i, size.width,
+                                             size.height, map.pitch(), best.pitch(), handle(stream));
+            }
             std::printf("%s%d", i > 9 ? "\b\b" : "\b", i + 1);
         }
     }
@@ -196,7 +196,8 @@ struct Assembly {
         const VexaImage& first = images[0];
         if (const VexaStatus failed = initialized(first)) return failed;
         if (const VexaStatus failed = sharp.create(first.size(), first.type())) return failed;
-        if (const VexaStatus failed = match(sharp, first, {same::type})) return failed;
+        if (const VexaStatus failed = match(sharp, first, {same::type, same::width, same::height})) return failed;
+        if (sharp.pitch() < sharp.width() * C * static_cast<int>(sizeof(T))) return VEXA_NOT_SUPPORTED_MODE_ERROR;
 
         const auto size = static_cast<std::size_t>(count);
         const std::unique_ptr<T*[]> pixels(new (std::nothrow) T*[size]);
@@ -210,10 +211,9 @@ struct Assembly {
         if (const VexaStatus failed = allocateElements(onDevice, size)) return failed;
         if (const VexaStatus failed = platform::copyToDevice(onDevice, pixels.get(), size * sizeof(T*), stream))
             return failed;
-        const VexaSize extent = partOf(first, sharp);
-        launch(kernel_build_sharp_image<T>, {extent.width, extent.height}, stream, onDevice, map.ptr<f32>(),
-               sharp.ptr<T>(), extent.width, extent.height, sharp.pitch(), pitchOf<f32>(map), count);
-        platform::synchronize(stream);
+        launch(kernel_build_sharp_image<T>, {sharp.width(), sharp.height()}, stream, onDevice, map.ptr<f32>(),
+               sharp.ptr<T>(), sharp.width(), sharp.height(), sharp.pitch(), pitchOf<f32>(map), count);
+        (void)platform::synchronize(stream);
 
         std::printf("\nGenerating %d-bit Output", first.depth());
         std::printf("\nError: %s", platform::pendingError().text);
@@ -224,21 +224,15 @@ struct Assembly {
     }
 
 private:
-    /// Whether an image holds what the kernel may read of it: it addresses all of them by the pitch of the result.
-    bool fits(const VexaImage& image) const
-    {
-        return image.isInitialized() && image.pitch() == sharp.pitch() &&
-               match(image, images[0], {same::type, same::width, same::height}) == VEXA_SUCCESS;
-    }
+    /// Whether the kernel can read an image: it addresses all of them by the pitch of the result.
+    bool fits(const VexaImage& image) const { return matches(image, images[0]) && image.pitch() == sharp.pitch(); }
 
-    /// An image with that pitch. What it lacks comes from the first of the series.
+    /// A copy with that pitch: of the image, or of the first of the series for one that does not match.
     VexaImage& standIn(const VexaImage& image, VexaImage& copy) const
     {
         const VexaImage& first = images[0];
-        (void)copy.create(first.width(), first.height(), sharp.pitch(), first.depth(), first.channels());
-        clear(copy, stream);
-        (void)place(surfaceOf(first), surfaceOf(copy), 0, 0, stream);
-        if (image.type() == first.type()) (void)place(surfaceOf(image), surfaceOf(copy), 0, 0, stream);
+        if (copy.create(first.width(), first.height(), sharp.pitch(), first.depth(), first.channels()) == VEXA_SUCCESS)
+            (void)place(surfaceOf(matches(image, first) ? image : first), surfaceOf(copy), 0, 0, stream);
         return copy;
     }
 };

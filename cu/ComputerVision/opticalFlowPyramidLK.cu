@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <vector>
 
 #include "arguments.h"
@@ -103,10 +104,14 @@ void launchSearch(const Level& level, const Search& search, const f32* gradientX
            search.errorThreshold, search.linear);
 }
 
+/// Bytes of a row whose pitch an int holds.
+constexpr std::size_t longestRow = std::numeric_limits<int>::max() - 4095;
+
 VexaStatus refine(const Level& level, const Search& search, platform::Stream stream)
 {
     const platform::Extent2D extent{static_cast<std::size_t>(level.width) * sizeof(f32),
                                     static_cast<std::size_t>(level.height)};
+    if (extent.rowBytes > longestRow) return VEXA_MEM_ALLOC_ERR;
     void* Ix = nullptr;
     void* Iy = nullptr;
     std::size_t pitch = 0;
@@ -227,7 +232,7 @@ VexaStatus deliver(const Level& level, f32* dx, f32* dy, platform::Stream stream
     const Pinned pinnedY(dy, bytes);
     if (pinnedY.status()) return pinnedY.status();
     const VexaStatus status = copyFlow(level, dx, dy, stream);
-    platform::synchronize(stream);
+    (void)platform::synchronize(stream);
     return status;
 }
 
@@ -248,6 +253,7 @@ template <typename T>
 void allocateLevel(T*& first, int& pitch, const Level& level)
 {
     const platform::Extent2D extent = bytesOfLevel(level, sizeof(T));
+    if (extent.rowBytes > longestRow) return;
     void* block = nullptr;
     std::size_t bytes = 0;
     (void)platform::allocateRows(block, bytes, extent.rowBytes, extent.rows);
@@ -350,7 +356,7 @@ VexaStatus vexa_opticalFlowPyramidLK2(const VexaImage& prev, const VexaImage& ne
         (void)flowY[i].set(0.0);
     }
     // All this is on the default stream.
-    platform::synchronize(nullptr);
+    (void)platform::synchronize(nullptr);
     for (int i = coarsest; i >= 0; --i) {
         const VexaImage& gx = flowX[i];
         const VexaImage& gy = flowY[i];

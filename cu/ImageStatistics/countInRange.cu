@@ -36,7 +36,7 @@ VexaStatus count(const Pixels<T>& src, VexaScalar& count, const VexaScalar& rang
         return VEXA_INTERNAL_FUNCTION_CALL_ERROR;
     Vexa32s counts[C] = {};
     if (const VexaStatus failed = platform::copyToHost(counts, result, sizeof counts, stream)) return failed;
-    platform::synchronize(stream);
+    (void)platform::synchronize(stream);
     for (int c = 0; c < C; ++c) count[c] = counts[c];
     return releaseAll({scratch, result});
 }

@@ -40,7 +40,7 @@ struct MaskedPixels {
     {
         return Statistics<T, C>::meanStdDev(src, mask, scratch, mean, stdDev, stream);
     }
-    void wait(platform::Stream stream) const { platform::synchronize(stream); }
+    void wait(platform::Stream stream) const { (void)platform::synchronize(stream); }
 };
 
 /// The body of the workers.

@@ -30,9 +30,9 @@ VexaStatus destroyStream(Stream stream)
     return cudaStreamDestroy(stream) == cudaSuccess ? VEXA_SUCCESS : VEXA_STREAM_DESTROY_ERROR;
 }
 
-void synchronize(Stream stream)
+VexaStatus synchronize(Stream stream)
 {
-    (void)cudaStreamSynchronize(stream);
+    return cudaStreamSynchronize(stream) == cudaSuccess ? VEXA_SUCCESS : VEXA_UNKNOWN_ERROR;
 }
 
 bool finished(Stream stream)

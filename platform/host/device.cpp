@@ -27,7 +27,10 @@ VexaStatus destroyStream(Stream stream)
     return VEXA_SUCCESS;
 }
 
-void synchronize(Stream /*stream*/) {}
+VexaStatus synchronize(Stream /*stream*/)
+{
+    return fault::strikes(fault::Call::synchronize) ? VEXA_UNKNOWN_ERROR : VEXA_SUCCESS;
+}
 
 bool finished(Stream /*stream*/)
 {

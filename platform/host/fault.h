@@ -17,6 +17,7 @@ enum class Call {
     uniform,
     createStream,
     destroyStream,
+    synchronize,
     describeDevice,
     currentDevice,
     deviceCount,

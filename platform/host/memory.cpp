@@ -164,7 +164,6 @@ VexaStatus pin(void* memory, std::size_t /*bytes*/)
     return fault::strikes(fault::Call::pin) || memory == nullptr ? VEXA_MEMORY_PINNING_ERROR : VEXA_SUCCESS;
 }
 
-void unpin(void* /*memory*/)
-{}
+void unpin(void* /*memory*/) {}
 
 }  // namespace vexa::platform
