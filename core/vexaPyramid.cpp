@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "halve.h"
+
 using namespace vexa;
 
 namespace {
@@ -47,6 +49,18 @@ VexaImage resized(const VexaImage& src, const VexaSize& size, VexaInterpolationT
     VexaImage dst(size, src.type());
     if (geometryTransforms::resize(src, dst, interpolation)) (void)dst.set(0.0);
     return dst;
+}
+
+bool isInterpolation(VexaInterpolationType type)
+{
+    return type == VEXA_INTER_NEAREST || type == VEXA_INTER_LINEAR || type == VEXA_INTER_CUBIC;
+}
+
+/// Filters, then shrinks.
+void reduce(const VexaImage& src, VexaImage& dst, const VexaFilter& filter, VexaInterpolationType interpolation)
+{
+    if (isInterpolation(interpolation) && filterToHalf(src, dst, filter)) return;
+    (void)geometryTransforms::resize(filtered(src, filter), dst, interpolation);
 }
 
 void subtractFrom(VexaImage& image, const VexaImage& other)
@@ -140,8 +154,7 @@ VexaStatus VexaPyramid::createGaussian(const VexaImage& src, Vexa32s levels, Vex
     const Vexa32s count = std::clamp(levels, 1, _levels);
     if (scale < 1) {
         level[0] = src;
-        for (Vexa32s i = 1; i < count; ++i)
-            (void)geometryTransforms::resize(filtered(level[i - 1], filter), level[i], interpolation);
+        for (Vexa32s i = 1; i < count; ++i) reduce(level[i - 1], level[i], filter, interpolation);
     } else {
         level[count - 1] = src;
         for (Vexa32s i = count - 2; i >= 0; --i)
