@@ -62,18 +62,36 @@ VEXA_DEVICE WindowSums accumulated(const WindowSums& sums, const PairOfPixels& a
             multiplyAdd(at.gradY, at.difference, sums.ey), sums.residue + fabsf(at.difference)};
 }
 
-/// Central differences of an image that is itself sampled at integers, which is the mean of four pixels: that is meant.
-/// at(dx, dy) is the pixel so far away; it is asked from (-2, -2) to (1, 1).
-template <typename At>
-VEXA_DEVICE float trackerGradientX(const At& at)
+// Gradients are central differences of an image that is itself sampled at integers, where a sample is the mean of four
+// pixels, up and left of it: that is meant. Eighths of them are sums over two and four rows of these terms of a row.
+
+/// Of the pixels two to the left, one to the left, here and to the right, whose differences over two rows make X.
+VEXA_DEVICE int termOfX(int left2, int left, int here, int right)
 {
-    return 0.125F * (at(0, -1) + at(1, -1) + at(0, 0) + at(1, 0) - (at(-2, -1) + at(-1, -1) + at(-2, 0) + at(-1, 0)));
+    return here + right - left2 - left;
 }
 
-template <typename At>
-VEXA_DEVICE float trackerGradientY(const At& at)
+/// Of which the two rows up and left make Y, taken from those here and below.
+VEXA_DEVICE int termOfY(int left, int here)
 {
-    return 0.125F * (at(-1, 0) + at(0, 0) + at(-1, 1) + at(0, 1) - (at(-1, -2) + at(0, -2) + at(-1, -1) + at(0, -1)));
+    return left + here;
+}
+
+/// Eighths of X.
+VEXA_DEVICE int sumOfX(int above, int here)
+{
+    return above + here;
+}
+
+/// Eighths of Y.
+VEXA_DEVICE int sumOfY(int above2, int above, int here, int below)
+{
+    return here + below - above2 - above;
+}
+
+VEXA_DEVICE float gradientOf(int eighths)
+{
+    return 0.125F * static_cast<float>(eighths);
 }
 
 /// Where the middle of a window lies: the pixel up and left of it, and the weights of the four around it, which are
@@ -112,9 +130,11 @@ VEXA_DEVICE WindowPlace windowPlace(float x, float y, int width, int height)
 VEXA_DEVICE void writeTrackerGradients(const FetchClamped<u8>& image, Plane<float> gradX, Plane<float> gradY, int x,
                                        int y)
 {
-    const auto at = [&](int dx, int dy) { return static_cast<float>(image(x + dx, y + dy)); };
-    gradX.row(y)[x] = detail::trackerGradientX(at);
-    gradY.row(y)[x] = detail::trackerGradientY(at);
+    const auto at = [&](int dx, int dy) { return static_cast<int>(image(x + dx, y + dy)); };
+    const auto ofX = [&](int dy) { return detail::termOfX(at(-2, dy), at(-1, dy), at(0, dy), at(1, dy)); };
+    const auto ofY = [&](int dy) { return detail::termOfY(at(-1, dy), at(0, dy)); };
+    gradX.row(y)[x] = detail::gradientOf(detail::sumOfX(ofX(-1), ofX(0)));
+    gradY.row(y)[x] = detail::gradientOf(detail::sumOfY(ofY(-2), ofY(-1), ofY(0), ofY(1)));
 }
 
 }  // namespace vexa

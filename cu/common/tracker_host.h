@@ -3,46 +3,54 @@
 
 #pragma once
 
-#include <cstring>
-
 namespace vexa {
 
 inline constexpr bool readsGradientImages = false;
 
 namespace detail {
 
+/// Elements that are worked on side by side: floats, and the short integers that gradients are made of. Loops over them
+/// have a constant length and leave no rest: windows are about as wide.
+inline constexpr int trackerLanes = 8;
+inline constexpr int shortLanes = 16;
+
+inline int wholeLanes(int count, int lanes)
+{
+    return (count + lanes - 1) / lanes * lanes;
+}
+
 /// An image and its gradients around a window, with a margin in which the window may move. Beyond the edges of the
 /// image pixels and gradients repeat.
 class TrackingPatch {
 public:
-    static constexpr int margin = 2;
-    /// Columns are summed by whole registers, which may read so far past the window.
-    static constexpr int lanes = 8;
+    static constexpr int margin = 1;
 
+    /// For windows whose columns are read as whole lanes.
     explicit TrackingPatch(HalfSize half)
         : _columns(2 * (half.width + 1 + margin)),
           _rows(2 * (half.height + 1 + margin)),
-          _pitch(_columns + lanes),
-          _pixels(taskMemory<float>(_rows + apron, _pitch)),
+          _pitch(wholeLanes(wholeLanes(half.columns(), trackerLanes) + 1 + 2 * margin, shortLanes)),
+          _bytes(taskMemory<u8>(1, _pitch + apron)),
+          _terms(taskMemory<short>(2 * (_rows + apron), _pitch)),
           _planes(taskMemory<float>(3 * _rows, _pitch))
     {}
 
-    bool isValid() const { return _pixels && _planes; }
+    bool isValid() const { return _bytes && _terms && _planes; }
     int pitch() const { return _pitch; }
 
-    /// Makes the patch of an image whose window has its first pixel there, unless it is there.
+    /// Makes the patch of an image whose window has its first pixel there, unless the window still lies in it.
     void cover(const FetchClamped<u8>& image, int left, int top)
     {
         const bool covered =
-            _filled && left >= _left && left <= _left + 2 * margin && top >= _top && top <= _top + 2 * margin;
+            _isFilled && left >= _left && left <= _left + 2 * margin && top >= _top && top <= _top + 2 * margin;
         if (!covered) fill(image, left - margin, top - margin);
     }
 
-    /// A window that is to be made anew.
-    void forget() { _filled = false; }
+    /// The next window is that of another image or place.
+    void forget() { _isFilled = false; }
 
-    /// Of plane 0 pixels, 1 and 2 gradients, where the window starts.
-    const float* plane(int i, int left, int top) const { return row(i, top - _top) + (left - _left); }
+    /// Where a window starts in plane 0, the pixels, or 1 and 2, the gradients.
+    const float* at(int plane, int left, int top) const { return row(plane, top - _top) + (left - _left); }
 
 private:
     /// Gradients need two pixels more before and one behind.
@@ -53,67 +61,105 @@ private:
     {
         _left = left;
         _top = top;
-        _filled = true;
-        // The part of the patch that lies in the image.
-        const int first = std::max(-left, 0);
-        const int last = std::min(_columns, image.width - left);
-        const int upper = std::max(-top, 0);
-        const int lower = std::min(_rows, image.height - top);
-        for (int y = upper; y < lower + apron; ++y)
-            fetchLine(_pixels.get() + static_cast<std::ptrdiff_t>(y) * _pitch, image, left + first - before,
-                      left + last + apron - before, top + y - before);
-        for (int y = upper; y < lower; ++y) {
-            fillRow(y, last - first, first);
-            for (int i = 0; i < 3; ++i) {
-                float* const line = row(i, y);
-                std::fill(line, line + first, line[first]);
-                std::fill(line + last, line + _columns, line[last - 1]);
-            }
+        _isFilled = true;
+        for (int y = 0; y < _rows + apron; ++y) {
+            const u8* const bytes = line(image, left - before, top - before + y) + before;
+            fillTerms(bytes, y);
+            if (y >= before && y < before + _rows) fillPixels(bytes, row(0, y - before));
         }
-        for (int i = 0; i < 3; ++i) {
-            for (int y = 0; y < upper; ++y) copyRow(i, y, upper);
-            for (int y = lower; y < _rows; ++y) copyRow(i, y, lower - 1);
-        }
+        for (int y = 0; y < _rows; ++y) differentiate(y);
+        const Interior inside{std::max(-left, 0), std::min(_columns, image.width - left), std::max(-top, 0),
+                              std::min(_rows, image.height - top)};
+        for (int plane = 0; plane < 3; ++plane) repeatEdges(plane, inside);
     }
 
-    void fillRow(int y, int count, int column)
+    /// A line's bytes from an image, whose edges repeat.
+    const u8* line(const FetchClamped<u8>& image, int left, int y)
     {
-        const float* const from = _pixels.get() + static_cast<std::ptrdiff_t>(y + before) * _pitch + before;
-        float* const values = row(0, y) + column;
-        float* const gradX = row(1, y) + column;
-        float* const gradY = row(2, y) + column;
-        const std::ptrdiff_t pitch = _pitch;
+        const u8* const row = image.row(y);
+        const int count = _pitch + apron;
+        const int first = std::clamp(-left, 0, count);
+        const int end = std::clamp(image.width - left, first, count);
+        if (first == 0 && end == count) return row + left;
+        u8* const bytes = _bytes.get();
+        std::fill(bytes, bytes + first, row[0]);
+        std::copy(row + left + first, row + left + end, bytes + first);
+        std::fill(bytes + end, bytes + count, row[image.width - 1]);
+        return bytes;
+    }
+
+    void fillTerms(const u8* from, int y)
+    {
+        short* const ofX = terms(0, y);
+        short* const ofY = terms(1, y);
+        for (int x = 0; x < _pitch; x += shortLanes)
 #pragma omp simd
-        for (int x = 0; x < count; ++x) {
-            const auto at = [=](int dx, int dy) { return from[dy * pitch + x + dx]; };
-            values[x] = from[x];
-            gradX[x] = trackerGradientX(at);
-            gradY[x] = trackerGradientY(at);
+            for (int i = x; i < x + shortLanes; ++i) {
+                ofX[i] = static_cast<short>(termOfX(from[i - 2], from[i - 1], from[i], from[i + 1]));
+                ofY[i] = static_cast<short>(termOfY(from[i - 1], from[i]));
+            }
+    }
+
+    void fillPixels(const u8* from, float* to) const
+    {
+        for (int x = 0; x < _pitch; x += shortLanes)
+#pragma omp simd
+            for (int i = x; i < x + shortLanes; ++i) to[i] = static_cast<float>(from[i]);
+    }
+
+    void differentiate(int y)
+    {
+        const std::ptrdiff_t pitch = _pitch;
+        const short* const ofX = terms(0, y + before);
+        const short* const ofY = terms(1, y + before);
+        float* const gradX = row(1, y);
+        float* const gradY = row(2, y);
+        for (int x = 0; x < _pitch; x += shortLanes)
+#pragma omp simd
+            for (int i = x; i < x + shortLanes; ++i) {
+                gradX[i] = gradientOf(static_cast<short>(sumOfX(ofX[i - pitch], ofX[i])));
+                gradY[i] =
+                    gradientOf(static_cast<short>(sumOfY(ofY[i - 2 * pitch], ofY[i - pitch], ofY[i], ofY[i + pitch])));
+            }
+    }
+
+    void repeatEdges(int plane, const Interior& inside)
+    {
+        for (int y = inside.top; y < inside.bottom; ++y) {
+            float* const line = row(plane, y);
+            std::fill(line, line + inside.left, line[inside.left]);
+            std::fill(line + inside.right, line + _columns, line[inside.right - 1]);
         }
+        for (int y = 0; y < inside.top; ++y) std::copy_n(row(plane, inside.top), _columns, row(plane, y));
+        for (int y = inside.bottom; y < _rows; ++y) std::copy_n(row(plane, inside.bottom - 1), _columns, row(plane, y));
     }
 
-    float* row(int i, int y)
+    static std::ptrdiff_t offset(int row, int pitch)
     {
-        return _planes.get() + (static_cast<std::ptrdiff_t>(i) * _rows + y) * _pitch;
+        return static_cast<std::ptrdiff_t>(row) * pitch;
     }
-    const float* row(int i, int y) const
+    short* terms(int i, int y)
     {
-        return _planes.get() + (static_cast<std::ptrdiff_t>(i) * _rows + y) * _pitch;
+        return _terms.get() + offset(i * (_rows + apron) + y, _pitch);
     }
-
-    void copyRow(int i, int to, int from)
+    float* row(int plane, int y)
     {
-        std::memcpy(row(i, to), row(i, from), static_cast<std::size_t>(_columns) * sizeof(float));
+        return _planes.get() + offset(plane * _rows + y, _pitch);
+    }
+    const float* row(int plane, int y) const
+    {
+        return _planes.get() + offset(plane * _rows + y, _pitch);
     }
 
     int _columns;
     int _rows;
     int _pitch;
-    std::unique_ptr<float[]> _pixels;
+    std::unique_ptr<u8[]> _bytes;
+    std::unique_ptr<short[]> _terms;
     std::unique_ptr<float[]> _planes;
     int _left = 0;
     int _top = 0;
-    bool _filled = false;
+    bool _isFilled = false;
 };
 
 }  // namespace detail
@@ -127,7 +173,7 @@ public:
           _half(half.isEmpty() ? HalfSize{0, 0} : half),
           _columns(half.columns()),
           _rows(half.rows()),
-          _pitch((_columns + lanes - 1) / lanes * lanes),
+          _pitch(detail::wholeLanes(_columns, lanes)),
           _patch(_half),
           _samples(detail::taskMemory<float>(3 * _rows, _pitch)),
           _sums(detail::taskMemory<float>(6, _pitch))
@@ -145,9 +191,10 @@ public:
             const float* from = plane(i, place);
             float* to = _samples.get() + static_cast<std::ptrdiff_t>(i) * _rows * _pitch;
             for (int row = 0; row < _rows; ++row, from += pitch, to += _pitch)
+                for (int x = 0; x < _pitch; x += lanes)
 #pragma omp simd
-                for (int x = 0; x < _pitch; ++x)
-                    to[x] = place(from[x], from[x + 1], from[x + pitch], from[x + pitch + 1]);
+                    for (int lane = x; lane < x + lanes; ++lane)
+                        to[lane] = place(from[lane], from[lane + 1], from[lane + pitch], from[lane + pitch + 1]);
         }
         _patch.forget();
     }
@@ -165,7 +212,7 @@ public:
     }
 
 private:
-    static constexpr int lanes = detail::TrackingPatch::lanes;
+    static constexpr int lanes = detail::trackerLanes;
 
     detail::WindowPlace cover(const FetchClamped<u8>& image, float x, float y)
     {
@@ -177,7 +224,7 @@ private:
     /// Where the window starts in a plane of the patch.
     const float* plane(int i, const detail::WindowPlace& place) const
     {
-        return _patch.plane(i, place.x - _half.width, place.y - _half.height);
+        return _patch.at(i, place.x - _half.width, place.y - _half.height);
     }
 
     float* sumsOf(int i)
@@ -197,6 +244,7 @@ private:
         const float* const values = plane(0, place) + column;
         const float* const gradX = plane(1, place) + column;
         const float* const gradY = plane(2, place) + column;
+        float* const to = sumsOf(0) + column;
         // In arrays of a constant size, which stay in registers.
         float xx[lanes] = {};
         float xy[lanes] = {};
@@ -223,12 +271,12 @@ private:
                 residue[lane] = sums.residue;
             }
         }
-        std::copy_n(xx, lanes, sumsOf(0) + column);
-        std::copy_n(xy, lanes, sumsOf(1) + column);
-        std::copy_n(yy, lanes, sumsOf(2) + column);
-        std::copy_n(ex, lanes, sumsOf(3) + column);
-        std::copy_n(ey, lanes, sumsOf(4) + column);
-        std::copy_n(residue, lanes, sumsOf(5) + column);
+        for (int lane = 0; lane < lanes; ++lane) to[0 * samplePitch + lane] = xx[lane];
+        for (int lane = 0; lane < lanes; ++lane) to[1 * samplePitch + lane] = xy[lane];
+        for (int lane = 0; lane < lanes; ++lane) to[2 * samplePitch + lane] = yy[lane];
+        for (int lane = 0; lane < lanes; ++lane) to[3 * samplePitch + lane] = ex[lane];
+        for (int lane = 0; lane < lanes; ++lane) to[4 * samplePitch + lane] = ey[lane];
+        for (int lane = 0; lane < lanes; ++lane) to[5 * samplePitch + lane] = residue[lane];
     }
 
     FetchClamped<u8> _first;
