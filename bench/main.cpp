@@ -176,7 +176,7 @@ std::vector<Benchmark> allBenchmarks()
         for (const auto family :
              {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks, bench::conversionBenchmarks,
               bench::fillBenchmarks, bench::statisticsBenchmarks, bench::colorBenchmarks, bench::demosaicBenchmarks,
-              bench::filterBenchmarks, bench::geometryBenchmarks, bench::photometricBenchmarks})
+              bench::filterBenchmarks, bench::geometryBenchmarks, bench::photometricBenchmarks, bench::flowBenchmarks})
             for (Benchmark& row : family(size)) rows.push_back(std::move(row));
     for (Benchmark& row : bench::matrixBenchmarks()) rows.push_back(std::move(row));
     return rows;

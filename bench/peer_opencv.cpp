@@ -3,6 +3,7 @@
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#include <opencv2/video/tracking.hpp>
 
 #include "peer.h"
 
@@ -284,6 +285,12 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
          if (src[0].channels() == 3) cv::cvtColor(src[0], dst, cv::COLOR_BGR2GRAY);
          cv::threshold(src[0].channels() == 3 ? dst : src[0], dst, parameters[0] - 1, 255, cv::THRESH_BINARY);
+     }},
+    {"dense flow", "cv::calcOpticalFlowFarneback",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         cv::Mat flow;
+         cv::calcOpticalFlowFarneback(src[0], src[1], flow, 0.5, static_cast<int>(parameters[0]),
+                                      static_cast<int>(parameters[1]), static_cast<int>(parameters[2]), 5, 1.1, 0);
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
