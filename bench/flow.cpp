@@ -32,8 +32,10 @@ Shared frame(VexaSize size, int number)
     constexpr int apartFromOthers = 500;
     const Shared image = blank(VEXA_8UC1, size, apartFromOthers + number);
     std::vector<unsigned char> pixels;
-    const double c = std::pow(0.99, number) * std::cos(0.01 * number);
-    const double s = std::pow(0.99, number) * std::sin(0.01 * number);
+    // Corners move alike whatever the size: otherwise those of large pictures leave what all methods reach.
+    const double part = 6.4 / size.width * number;
+    const double c = (1 - part) * std::cos(part);
+    const double s = (1 - part) * std::sin(part);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) {
             const double fromX = x - size.width / 2.0 - 2 * number;
