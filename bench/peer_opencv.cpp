@@ -305,6 +305,13 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat&, const Parameters& parameters) {
          static Mats levels;
          cv::buildPyramid(src[0], levels, static_cast<int>(parameters[0]));
+}
+
+    {"dense flow", "cv::calcOpticalFlowFarneback",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         cv::Mat flow;
+         cv::calcOpticalFlowFarneback(src[0], src[1], flow, 0.5, static_cast<int>(parameters[0]),
+                                      static_cast<int>(parameters[1]), static_cast<int>(parameters[2]), 5, 1.1, 0);
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},

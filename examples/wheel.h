@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "vexaCore.h"
@@ -86,14 +87,19 @@ inline std::vector<Color> flowPicture(const FlowField& flow, float longest)
     return picture;
 }
 
-/// The flow from one 8UC1 image to the next in pixels that they move: without the half pixel by which the library's
-/// flow is larger.
+/// The library's flow as pixels move: it holds half a pixel more, and 0 where there is none.
+inline void toPixels(FlowField& flow)
+{
+    for (std::vector<float>* component : {&flow.x, &flow.y})
+        for (float& value : *component) value = value == 0.0F ? std::numeric_limits<float>::quiet_NaN() : value - 0.5F;
+}
+
+/// The flow from one 8UC1 image to the next.
 inline VexaStatus denseFlow(const VexaImage& previous, const VexaImage& next, const VexaTrackingCriteria& criteria,
                             FlowField& flow)
 {
     const VexaStatus status =
         vexa::computerVision::opticalFlowPyrLKDense(previous, next, flow.x.data(), flow.y.data(), criteria);
-    for (std::vector<float>* component : {&flow.x, &flow.y})
-        for (float& value : *component) value -= 0.5F;
+    toPixels(flow);
     return status;
 }

@@ -93,7 +93,8 @@ struct Flow {
 VEXA_DEVICE float keptInside(float flow, int position, int size)
 {
     const float target = static_cast<float>(position) + flow;
-    return (target < 0.0F) | (target > static_cast<float>(size - 1)) ? 0.0F : flow;
+    const bool leaves = (target < 0.0F) | (target > static_cast<float>(size - 1));
+    return leaves ? 0.0F : flow;
 }
 
 namespace detail {

@@ -15,19 +15,12 @@ constexpr int radius = 7;
 constexpr int iterations = 10;
 constexpr float threshold = 0.01F;
 
-/// The library's flow holds half a pixel more than pixels move.
-void takeHalf(FlowField& flow)
-{
-    for (std::vector<float>* component : {&flow.x, &flow.y})
-        for (float& value : *component) value -= 0.5F;
-}
-
 void bySecondDriver(const VexaImage& previous, const VexaImage& next, FlowField& flow)
 {
     require(vexa_opticalFlowPyramidLK2(previous, next, flow.x.data(), flow.y.data(), VexaSize(radius, radius), levels,
                                        0.5F, iterations, threshold, nullptr),
             "vexa_opticalFlowPyramidLK2");
-    takeHalf(flow);
+    toPixels(flow);
 }
 
 void byFirstDriver(const VexaImage& previous, const VexaImage& next, FlowField& flow)

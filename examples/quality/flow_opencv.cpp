@@ -1,5 +1,5 @@
 /// @file
-/// Flow by OpenCV, with windows, levels and iterations as for the library's methods.
+/// Flow by OpenCV, with windows, levels and iterations as for the library's methods. `levels` is the coarsest.
 
 #include <limits>
 #include <opencv2/core.hpp>
@@ -43,7 +43,8 @@ void sparse(const VexaImage& previous, const VexaImage& next, FlowField& flow)
 void farneback(const VexaImage& previous, const VexaImage& next, FlowField& flow)
 {
     cv::Mat result;
-    cv::calcOpticalFlowFarneback(pixelsOf(previous), pixelsOf(next), result, 0.5, levels, side, iterations, 5, 1.1, 0);
+    cv::calcOpticalFlowFarneback(pixelsOf(previous), pixelsOf(next), result, 0.5, levels + 1, side, iterations, 5, 1.1,
+                                 0);
     std::size_t i = 0;
     for (auto vector = result.begin<cv::Vec2f>(); vector != result.end<cv::Vec2f>(); ++vector, ++i) {
         flow.x[i] = (*vector)[0];

@@ -1,6 +1,8 @@
 /// @file
 /// Videos by OpenCV.
 
+#include <algorithm>
+#include <opencv2/core/utils/logger.hpp>
 #include <opencv2/videoio.hpp>
 
 #include "video.h"
@@ -32,6 +34,8 @@ private:
 
 std::unique_ptr<Video> openVideo(const std::string& file)
 {
+    // Each way of reading that fails would tell so at length.
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     try {
         auto video = std::make_unique<OpenCvVideo>(file);
         if (video->isOpen()) return video;
