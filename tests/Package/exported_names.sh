@@ -1,5 +1,5 @@
 #!/bin/sh
-# Checks the names that the library exports: nothing that no public header declares, apart from kernels, and everything
+# Checks the names that the library exports: nothing that no public header declares, apart from kernels and steps, and everything
 # in the lists of expected names.
 # exported_names.sh LIBRARY INCLUDE_FOLDER EXPECTED_NAMES...
 
@@ -23,22 +23,17 @@ words=$(sed 's,//.*,,' "$include"/*.h | grep -oE '[A-Za-z_][A-Za-z_0-9]*' | sort
 
 kernels='kernel_[A-Za-z_0-9]+|v210_to_yuv422_unpack_kernel|yuv422_to_444_16u_c2_kernel|k422_v210|k444_422'
 kernels="$kernels|bayer2rgb_[A-Za-z_0-9]+|dark_Krnl2(_16)?|dehazeKrnl2(_16)?|adjust_8u_C[13]_kernel"
-<<<<<<< HEAD
-kernels="$kernels|imageBinary_8u_c[13]_kernel|fpnCUDA|taperKernel"
-kernels="$kernels|derivatives|calcOFKernel|passGuessKernel|_calcOpticalFlowLK2?|_passGuess2?"
-=======
-kernels="$kernels|imageBinary_8u_c[13]_kernel|fpnCUDA|taperKernel|derivativeKernel"
-kernels="$kernels|_trackFeatures_Kernel|_calculateTrackerGradientsKernel"
->>>>>>> tracking
-for name in $(echo "$names" | grep -vE "^(__device_stub__Z[0-9]+)?($kernels)[<P(]" |
+kernels="$kernels|imageBinary_8u_c[13]_kernel|fpnCUDA|taperKernel|derivatives|derivativeKernel"
+kernels="$kernels|calcOFKernel|passGuessKernel|_trackFeatures_Kernel|_calculateTrackerGradientsKernel"
+# Steps of workers, which have a leading underscore.
+steps='_getFeatures|_calculateGradients|_select(Good|Best)Features|_VexaPointValueDescend|_vexaTrackFeatures'
+steps="$steps|_trackFeatures|_calculateTrackerGradients|_calcOpticalFlowLK2?|_passGuess2?"
+
+for name in $(echo "$names" | grep -vE "^(__device_stub__Z[0-9]+)?($kernels|$steps)[<P(]" |
     sed -E 's/\(.*//; s/<[^>]*>//g; s/ /_/g' | sort -u); do
     case $name in
         Vexa*::* | vexa::* | vexa_* | vexa[A-Z]* | getType | getParameters | __vexaDefaultAnchor | operator*) ;;
-<<<<<<< HEAD
         initEye | validateImages | sha1*) ;;
-=======
-        _getFeatures | _calculate*Gradients | _select*Features | _VexaPointValueDescend | _*rackFeatures) ;;
->>>>>>> tracking
         *) complain "exported, but of no public family: $name" ;;
     esac
     for part in $(echo "$name" | grep -oE '[A-Za-z_][A-Za-z_0-9]*'); do
