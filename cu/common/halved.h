@@ -43,17 +43,41 @@ struct HalvedLines {
     float* spare(int rows) const { return even(rows); }
 };
 
-/// The chains of a run of results.
-inline void correlateRun(const HalvedLines& lines, int row, int x, int channels, const Footprint& taps,
-                         const Coefficients& coefficients, float (&sum)[chainColumns])
+/// Where the taps of a filter lie in such lines, from the first sample of a window on.
+struct TapOffsets {
+    int count;
+    std::ptrdiff_t value[Coefficients::most];
+
+    TapOffsets(const Footprint& taps, int channels, int pitch) : count(taps.columns * taps.rows)
+    {
+        for (int i = 0; i < taps.columns; ++i)
+            for (int j = 0; j < taps.rows; ++j)
+                value[i * taps.rows + j] = static_cast<std::ptrdiff_t>(2 * j + i % 2) * pitch +
+                                           static_cast<std::ptrdiff_t>(channels) * (i / 2);
+    }
+};
+
+/// A block of chains, of results in two rows.
+inline constexpr int halvedRows = 2;
+inline constexpr int halvedColumns = 32;
+
+/// rule(x, y, sum) for a block of at most halvedRows rows and halvedColumns columns from (x, y) on, whose first window
+/// starts at `first`. There is one loop over all taps, as GCC keeps the chains of nested ones in memory.
+template <typename Rule>
+inline void correlateHalvedBlock(const float* first, int pitch, const TapOffsets& offsets,
+                                 const Coefficients& coefficients, int x, int y, int columns, int rows,
+                                 const Rule& rule)
 {
-    std::fill_n(sum, chainColumns, 0.0F);
-    for (int i = 0; i < taps.columns; ++i) {
-        const float* line = (i % 2 == 0 ? lines.even(row) : lines.odd(row)) + x + channels * (i / 2);
-        for (int j = 0; j < taps.rows; ++j, line += 2 * lines.pitch) {
-            const float factor = coefficients.value[i * taps.rows + j];
-            for (int k = 0; k < chainColumns; ++k) sum[k] = multiplyAdd(line[k], factor, sum[k]);
-        }
+    float sum[halvedRows][halvedColumns] = {};
+    for (int tap = 0; tap < offsets.count; ++tap) {
+        const float* line = first + offsets.value[tap];
+        const float factor = coefficients.value[tap];
+        for (int r = 0; r < halvedRows; ++r, line += 4 * static_cast<std::ptrdiff_t>(pitch))
+            for (int k = 0; k < halvedColumns; ++k) sum[r][k] = multiplyAdd(line[k], factor, sum[r][k]);
+    }
+    for (int r = 0; r < rows; ++r) {
+#pragma omp simd
+        for (int k = 0; k < columns; ++k) rule(x + k, y + r, sum[r][k]);
     }
 }
 
@@ -68,29 +92,27 @@ inline void correlateHalved(const FetchClamped<T>& src, int width, int height, c
     if (width < 1 || height < 1) return;
     const Tiling tiling{{0, width, 0, height}, 512, correlationRows};
     const int rows = 2 * tiling.tileHeight + taps.rows;
-    // Whole runs, as what the last one computes too much must be there to read.
-    const int pairs = tiling.tileWidth + chainColumns + taps.columns / 2 + 1;
+    // Whole blocks, as what the last one computes too much must be there to read.
+    const int pairs = tiling.tileWidth + halvedColumns + taps.columns / 2 + 1;
+    const TapOffsets offsets(taps, C, C * pairs);
     const auto body = [=](std::size_t begin, std::size_t end) {
         const Rule own = rule;
         const auto memory = taskMemory<float>(2 * (rows + 1), C * pairs);
         if (!memory) return;
         const HalvedLines lines{memory.get(), C * pairs};
-        float sum[chainColumns];
         for (std::size_t t = begin; t < end; ++t) {
             const Tile tile = tiling[t];
             const int first = C * (2 * tile.left + taps.x);
-            const int reached = std::min(pairs, tile.right - tile.left + chainColumns + taps.columns / 2 + 1);
-            for (int row = 0; row < 2 * (tile.bottom - tile.top) + taps.rows; ++row) {
+            const int reached = tile.right - tile.left + halvedColumns + taps.columns / 2 + 1;
+            for (int row = 0; row < 2 * roundUp(tile.bottom - tile.top, halvedRows) + taps.rows; ++row) {
                 fetchLine(lines.spare(rows), src, first, first + 2 * C * reached, 2 * tile.top + taps.y + row);
                 separate<C>(reached, lines.spare(rows), lines.even(row), lines.odd(row));
             }
-            for (int y = tile.top; y < tile.bottom; ++y)
-                for (int x = C * tile.left; x < C * tile.right; x += chainColumns) {
-                    correlateRun(lines, 2 * (y - tile.top), x - C * tile.left, C, taps, coefficients, sum);
-                    const int count = std::min(chainColumns, C * tile.right - x);
-#pragma omp simd
-                    for (int k = 0; k < count; ++k) own(x + k, y, sum[k]);
-                }
+            for (int y = tile.top; y < tile.bottom; y += halvedRows)
+                for (int x = C * tile.left; x < C * tile.right; x += halvedColumns)
+                    correlateHalvedBlock(lines.even(2 * (y - tile.top)) + x - C * tile.left, lines.pitch, offsets,
+                                         coefficients, x, y, std::min(halvedColumns, C * tile.right - x),
+                                         std::min(halvedRows, tile.bottom - y), own);
         }
     };
     const std::size_t steps = static_cast<std::size_t>(taps.columns * taps.rows) + 64;
