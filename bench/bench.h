@@ -37,6 +37,7 @@ std::vector<Benchmark> filterBenchmarks(VexaSize size);
 std::vector<Benchmark> photometricBenchmarks(VexaSize size);
 std::vector<Benchmark> statisticsBenchmarks(VexaSize size);
 std::vector<Benchmark> geometryBenchmarks(VexaSize size);
+std::vector<Benchmark> visionBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
 std::vector<Benchmark> matrixBenchmarks();

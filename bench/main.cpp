@@ -173,10 +173,10 @@ std::vector<Benchmark> allBenchmarks()
 {
     std::vector<Benchmark> rows;
     for (const VexaSize& size : {VexaSize(640, 480), VexaSize(1920, 1080), VexaSize(3840, 2160)})
-        for (const auto family :
-             {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks, bench::conversionBenchmarks,
-              bench::fillBenchmarks, bench::statisticsBenchmarks, bench::colorBenchmarks, bench::demosaicBenchmarks,
-              bench::filterBenchmarks, bench::geometryBenchmarks, bench::photometricBenchmarks})
+        for (const auto family : {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks,
+                                  bench::conversionBenchmarks, bench::fillBenchmarks, bench::statisticsBenchmarks,
+                                  bench::colorBenchmarks, bench::demosaicBenchmarks, bench::filterBenchmarks,
+                                  bench::geometryBenchmarks, bench::photometricBenchmarks, bench::visionBenchmarks})
             for (Benchmark& row : family(size)) rows.push_back(std::move(row));
     for (Benchmark& row : bench::matrixBenchmarks()) rows.push_back(std::move(row));
     return rows;

@@ -3,6 +3,7 @@
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#include <opencv2/video/tracking.hpp>
 
 #include "peer.h"
 
@@ -284,6 +285,22 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat& dst, const Parameters& parameters) {
          if (src[0].channels() == 3) cv::cvtColor(src[0], dst, cv::COLOR_BGR2GRAY);
          cv::threshold(src[0].channels() == 3 ? dst : src[0], dst, parameters[0] - 1, 255, cv::THRESH_BINARY);
+     }},
+    {"goodFeaturesToTrack", "cv::goodFeaturesToTrack",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         std::vector<cv::Point2f> corners;
+         cv::goodFeaturesToTrack(src[0], corners, static_cast<int>(parameters[0]), parameters[1], parameters[2],
+                                 cv::noArray(), static_cast<int>(parameters[3]), parameters[4] != 0, parameters[5]);
+     }},
+    {"trackFeatures", "cv::calcOpticalFlowPyrLK",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         std::vector<cv::Point2f> tracked;
+         std::vector<unsigned char> found;
+         const int side = static_cast<int>(parameters[0]);
+         const cv::TermCriteria until(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, static_cast<int>(parameters[2]),
+                                      parameters[3]);
+         cv::calcOpticalFlowPyrLK(src[0], src[1], src[2].reshape(2), tracked, found, cv::noArray(),
+                                  cv::Size(side, side), static_cast<int>(parameters[1]), until);
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
