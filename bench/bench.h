@@ -40,6 +40,7 @@ std::vector<Benchmark> geometryBenchmarks(VexaSize size);
 std::vector<Benchmark> alignmentBenchmarks(VexaSize size);
 std::vector<Benchmark> transformBenchmarks(VexaSize size);
 std::vector<Benchmark> flowBenchmarks(VexaSize size);
+std::vector<Benchmark> visionBenchmarks(VexaSize size);
 
 /// The benchmarks whose sizes are their own.
 std::vector<Benchmark> matrixBenchmarks();

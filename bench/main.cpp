@@ -177,7 +177,7 @@ std::vector<Benchmark> allBenchmarks()
              {bench::arithmeticBenchmarks, bench::logicBenchmarks, bench::mathBenchmarks, bench::conversionBenchmarks,
               bench::fillBenchmarks, bench::statisticsBenchmarks, bench::colorBenchmarks, bench::demosaicBenchmarks,
               bench::filterBenchmarks, bench::geometryBenchmarks, bench::photometricBenchmarks,
-              bench::alignmentBenchmarks, bench::transformBenchmarks, bench::flowBenchmarks})
+              bench::alignmentBenchmarks, bench::transformBenchmarks, bench::flowBenchmarks, bench::visionBenchmarks})
             for (Benchmark& row : family(size)) rows.push_back(std::move(row));
     for (const auto family : {bench::matrixBenchmarks, bench::fourierBenchmarks})
         for (Benchmark& row : family()) rows.push_back(std::move(row));

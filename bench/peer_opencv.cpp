@@ -293,8 +293,7 @@ const Opponent opponents[] = {
          const cv::TermCriteria steps(cv::TermCriteria::COUNT, static_cast<int>(parameters[6]), 0);
          cv::findTransformECC(src[0], src[1], map, cv::MOTION_AFFINE, steps, cv::noArray(), 1);
          map.copyTo(dst);
-}
-
+     }},
     {"dft", "cv::Mat::convertTo, cv::dft",
      [](const Mats& src, cv::Mat& dst, const Parameters&) {
          static cv::Mat pixels;
@@ -305,13 +304,28 @@ const Opponent opponents[] = {
      [](const Mats& src, cv::Mat&, const Parameters& parameters) {
          static Mats levels;
          cv::buildPyramid(src[0], levels, static_cast<int>(parameters[0]));
-}
-
+     }},
     {"dense flow", "cv::calcOpticalFlowFarneback",
      [](const Mats& src, cv::Mat&, const Parameters& parameters) {
          cv::Mat flow;
          cv::calcOpticalFlowFarneback(src[0], src[1], flow, 0.5, static_cast<int>(parameters[0]),
                                       static_cast<int>(parameters[1]), static_cast<int>(parameters[2]), 5, 1.1, 0);
+     }},
+    {"goodFeaturesToTrack", "cv::goodFeaturesToTrack",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         std::vector<cv::Point2f> corners;
+         cv::goodFeaturesToTrack(src[0], corners, static_cast<int>(parameters[0]), parameters[1], parameters[2],
+                                 cv::noArray(), static_cast<int>(parameters[3]), parameters[4] != 0, parameters[5]);
+     }},
+    {"trackFeatures", "cv::calcOpticalFlowPyrLK",
+     [](const Mats& src, cv::Mat&, const Parameters& parameters) {
+         std::vector<cv::Point2f> tracked;
+         std::vector<unsigned char> found;
+         const int side = static_cast<int>(parameters[0]);
+         const cv::TermCriteria until(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, static_cast<int>(parameters[2]),
+                                      parameters[3]);
+         cv::calcOpticalFlowPyrLK(src[0], src[1], src[2].reshape(2), tracked, found, cv::noArray(),
+                                  cv::Size(side, side), static_cast<int>(parameters[1]), until);
      }},
     {"matMul", "cv::gemm",
      [](const Mats& src, cv::Mat& dst, const Parameters&) { cv::gemm(src[0], src[1], 1, cv::noArray(), 0, dst); }},
