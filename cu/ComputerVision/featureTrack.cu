@@ -131,11 +131,14 @@ void _trackFeatures(Vexa8u* image1, Vexa8u* image2, Vexa32s width, Vexa32s width
     const int columns = std::max(width, 1);
     const int rows = std::max(height, 1);
     const int pitch = elements<f32>(gradPitch);
+    // A window that lacks pixels along one axis has none, however long the other.
+    const bool isEmpty = windowSize.width < 0 || windowSize.height < 0;
+    const HalfSize half = isEmpty ? HalfSize{-1, -1} : HalfSize{windowSize.width >> 1, windowSize.height >> 1};
     const TrackedImage first{{image1, columns, rows, widthStep}, img1X, img1Y, pitch};
     const TrackedImage second{{image2, columns, rows, widthStep}, img2X, img2Y, pitch};
     launch(_trackFeatures_Kernel, itemExtent(featureCount), internal_stream, features1, features2, featureCount, width,
-           height, iterations, windowSize.width, windowSize.height, windowSize.width >> 1, windowSize.height >> 1,
-           subSampling, errorThreshold, maxResidue, first, second);
+           height, iterations, windowSize.width, windowSize.height, half.width, half.height, subSampling,
+           errorThreshold, maxResidue, first, second);
 }
 
 namespace {
@@ -147,6 +150,7 @@ struct LevelGradients {
 
     [[nodiscard]] VexaStatus allocate(int width, int height)
     {
+        if (width > std::numeric_limits<int>::max() / static_cast<int>(sizeof(f32))) return VEXA_MEM_ALLOC_ERR;
         pitch = width * static_cast<int>(sizeof(f32));
         for (OwnedElements<f32>& block : plane)
             if (const VexaStatus failed =
@@ -169,7 +173,7 @@ constexpr long long largestWindow = 1 << 24;
 
 bool isTooLarge(const VexaSize& window)
 {
-    return window.width > 0 && window.height > 0 && (window.width | 1LL) * (window.height | 1LL) > largestWindow;
+    return window.width >= 0 && window.height >= 0 && (window.width | 1LL) * (window.height | 1LL) > largestWindow;
 }
 
 }  // namespace
@@ -337,6 +341,8 @@ VexaStatus trackFeatures(const VexaImage& previous, const VexaImage& next,
     if (previous.channels() != 1) return VEXA_CHANNEL_NOT_SUPPORTED_ERROR;
     if (const VexaStatus failed = match(next, previous, {same::width, same::height, same::depth, same::channels}))
         return failed;
+    // Both are addressed by the pitch of the first.
+    if (rowsInside(next, previous) < previous.height()) return VEXA_NOT_SUPPORTED_MODE_ERROR;
     return vexa_trackFeatures(previous.ptr<u8>(), next.ptr<u8>(), previous.width(), previous.pitch(), previous.height(),
                               inputFeatures, trackedFeatures, featureCount, criteria.pyramidLevels, criteria.windowSize,
                               criteria.maxResidue, criteria.iterations, criteria.errorThreshold, criteria.subSampling,

@@ -80,7 +80,6 @@ VEXA_KERNEL kernel_selectGood(Vexa32f* eig, VexaPointValue2D<float, float>* list
 void _calculateGradients(Vexa8u* pSrc, Vexa32s srcWidth, Vexa32s srcPitch, Vexa32s srcHeight, const VexaRect& roi,
                          Vexa32f* gradX, Vexa32f* gradY, Vexa32s gradPitch, cudaStream_t stream)
 {
-    if (srcWidth < 1 || srcHeight < 1) return;
     launch(derivativeKernel, Extent{roi.width, roi.height}, stream, pSrc, gradX, gradY, srcWidth, srcHeight, srcPitch,
            roi.x, roi.y, roi.width, roi.height, elements<f32>(gradPitch));
 }
@@ -239,9 +238,9 @@ namespace {
     return VEXA_SUCCESS;
 }
 
-bool isEmpty(const VexaRect& roi)
+bool isEmpty(int width, int height)
 {
-    return roi.width < 1 || roi.height < 1;
+    return width < 1 || height < 1;
 }
 
 /// Candidates of sufficient quality, strongest first, at the head of the list. The others, most of them as a rule, are
@@ -268,14 +267,15 @@ VexaStatus vexa_goodFeaturesToTrack(Vexa8u* pSrc, Vexa32s srcWidth, Vexa32s srcP
     *featureCount = std::max(*featureCount, 0);
     int listSize = 0;
     if (const VexaStatus failed = listSizeOf(roi, listSize)) return failed;
+    const bool hasPixels = pSrc != nullptr && !isEmpty(srcWidth, srcHeight) && !isEmpty(roi.width, roi.height);
     VexaImage eig;
-    if (!isEmpty(roi) && eig.create(roi.width, roi.height, VEXA_32FC1)) return VEXA_MEM_ALLOC_ERR;
+    if (hasPixels && eig.create(roi.width, roi.height, VEXA_32FC1)) return VEXA_MEM_ALLOC_ERR;
     OwnedElements<Feature> list;
     const auto records = static_cast<std::size_t>(listSize);
     const std::size_t bytes = records * sizeof(Feature);
     if (const VexaStatus failed = allocateElements(list, records)) return failed;
     if (const VexaStatus failed = platform::setBytes({list.get(), bytes}, 0, {bytes, 1}, stream)) return failed;
-    if (!isEmpty(roi)) {
+    if (hasPixels) {
         const bool usePeter = algo == VEXA_FEATURES_HARRIS_PETER;
         const bool useHarris = algo == VEXA_FEATURES_HARRIS || usePeter;
         if (_getFeatures(pSrc, srcWidth, srcPitch, srcHeight, roi, eig.ptr<f32>(), eig.pitch(), blockSize, useHarris,

@@ -193,11 +193,11 @@ VexaStatus splitByPasses(const Vexa8u* src, int width, int height, int srcPitch,
     Plane<float> rows{};
     Plane<Vexa8u> image{};
     if (const VexaStatus failed = allocateImage(rows, quadrant)) return failed;
-    launch(kernel_haar_row_32f<8, C>, Extent{C * (width / 2), height}, stream, src, rows.pixels, width / 2, height,
-           srcPitch, rows.pitch);
+    launch(kernel_haar_row_32f<8, C>, Extent{C * (width / 2), 2 * (height / 2)}, stream, src, rows.pixels, width / 2,
+           2 * (height / 2), srcPitch, rows.pitch);
     if (const VexaStatus failed = allocateImage(image, quadrant)) return failed;
-    launch(kernel_haar_col_32f<Vexa8u, C>, Extent{C * width, height / 2}, stream, rows.pixels, image.pixels, width,
-           height / 2, rows.pitch, image.pitch);
+    launch(kernel_haar_col_32f<Vexa8u, C>, Extent{2 * C * (width / 2), height / 2}, stream, rows.pixels, image.pixels,
+           2 * (width / 2), height / 2, rows.pitch, image.pitch);
     const Quadrants quadrants{image.pixels, static_cast<std::size_t>(image.pitch), quadrant};
     for (std::size_t i = 0; i < subbands.size(); ++i)
         if (const VexaStatus failed =
