@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "arguments.h"
 #include "checks.h"
@@ -353,6 +354,8 @@ VexaStatus haarInv(const VexaImage& srcApprox, const VexaImage& srcDetailX, cons
 {
     if (const VexaStatus failed = initialized(srcApprox, srcDetailX, srcDetailY, srcDetailXY)) return failed;
     const bool isNew = !dst.isInitialized();
+    constexpr int longest = std::numeric_limits<int>::max() / 2;
+    if (srcApprox.width() > longest || srcApprox.height() > longest) return VEXA_INVALID_ARG_ERROR;
     if (const VexaStatus failed =
             matchOrCreate(dst, srcApprox, {isTwiceAsWide, same::type},
                           VexaSize(2 * srcApprox.width(), 2 * srcApprox.height()), srcApprox.type()))

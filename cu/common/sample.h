@@ -14,12 +14,12 @@
 namespace vexa {
 
 /// How much of what a pixel is made of the source has: nothing, a part, or all of it and what is loaded with it.
-enum class Reach : int { none = 0, part = 1, all = 2 };
+enum class Share : int { none = 0, part = 1, all = 2 };
 
 /// Where a pixel is sampled: the tap before the position, and the way to the next one.
 template <typename Way>
 struct Spot {
-    Reach reach;
+    Share share;
     int x;
     int y;
     Way tx;
@@ -46,9 +46,9 @@ namespace detail {
 template <int C>
 inline constexpr int spareTaps = C == 3 ? 1 : 0;
 
-VEXA_DEVICE Reach reachOf(bool touches, bool isInterior)
+VEXA_DEVICE Share shareOf(bool touches, bool isInterior)
 {
-    return static_cast<Reach>(static_cast<int>(touches) + static_cast<int>(touches & isInterior));
+    return static_cast<Share>(static_cast<int>(touches) + static_cast<int>(touches & isInterior));
 }
 
 }  // namespace detail
@@ -90,7 +90,7 @@ struct SampleNearest {
         const int x = static_cast<int>(floor(position.x + 0.5));
         const int y = static_cast<int>(floor(position.y + 0.5));
         const bool touches = (x >= 0) & (y >= 0) & (x < src.width) & (y < src.height);
-        return {detail::reachOf(touches, x < src.width - detail::spareTaps<C>), x, y, 0, 0};
+        return {detail::shareOf(touches, x < src.width - detail::spareTaps<C>), x, y, 0, 0};
     }
 
     VEXA_DEVICE void careful(const Spot<float>& spot, T* to) const
@@ -118,7 +118,7 @@ struct SampleBetween {
         const int x = static_cast<int>(left);
         const int y = static_cast<int>(upper);
         const bool isInterior = (x >= before) & (y >= before) & (x < src.width - behind) & (y < src.height - N / 2);
-        return {detail::reachOf(touches, isInterior), x, y, static_cast<float>(position.x - left),
+        return {detail::shareOf(touches, isInterior), x, y, static_cast<float>(position.x - left),
                 static_cast<float>(position.y - upper)};
     }
 
@@ -172,7 +172,7 @@ struct SampleTexture {
         const bool touches = (x.before >= -1) & (y.before >= -1) & (x.before < src.width) & (y.before < src.height);
         const bool isInterior =
             (x.before >= 0) & (y.before >= 0) & (x.before < src.width - behind) & (y.before < src.height - 1);
-        return {detail::reachOf(touches, isInterior), x.before, y.before, x.steps, y.steps};
+        return {detail::shareOf(touches, isInterior), x.before, y.before, x.steps, y.steps};
     }
 
     VEXA_DEVICE void careful(const Spot<int>& spot, T* to) const

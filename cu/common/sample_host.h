@@ -15,13 +15,13 @@ constexpr int spotsAtATime = 256;
 
 template <typename Way>
 struct Spots {
-    Reach reach[spotsAtATime];
+    Share share[spotsAtATime];
     int x[spotsAtATime];
     int y[spotsAtATime];
     Way tx[spotsAtATime];
     Way ty[spotsAtATime];
 
-    Spot<Way> operator[](int i) const { return {reach[i], x[i], y[i], tx[i], ty[i]}; }
+    Spot<Way> operator[](int i) const { return {share[i], x[i], y[i], tx[i], ty[i]}; }
 };
 
 /// A run of spots.
@@ -253,18 +253,18 @@ inline void sampleRun(const SampleTexture<T, 3>& sampler, const Spots<int>& spot
 
 // ---- rows ----
 
-/// The spots from `begin` on that reach alike.
+/// The spots from `begin` on that share alike.
 template <typename Way>
 inline Run runFrom(const Spots<Way>& spots, int begin, int count)
 {
-    const Reach reach = spots.reach[begin];
+    const Share share = spots.share[begin];
     // Mostly all that are left do, and to count them is faster than to find the first that doesn't.
     int alike = 0;
 #pragma omp simd reduction(+ : alike)
-    for (int i = begin; i < count; ++i) alike += spots.reach[i] == reach ? 1 : 0;
+    for (int i = begin; i < count; ++i) alike += spots.share[i] == share ? 1 : 0;
     if (alike == count - begin) return {begin, count};
     int end = begin + 1;
-    while (spots.reach[end] == reach) ++end;
+    while (spots.share[end] == share) ++end;
     return {begin, end};
 }
 
@@ -273,15 +273,15 @@ inline void sampleSpots(const Sampler& sampler, const Spots<Way>& spots, int cou
 {
     for (Run run = runFrom(spots, 0, count);; run = runFrom(spots, run.end, count)) {
         T* const first = to + static_cast<std::ptrdiff_t>(C) * run.begin;
-        switch (spots.reach[run.begin]) {
-            case Reach::none:
+        switch (spots.share[run.begin]) {
+            case Share::none:
                 if (clears) std::memset(first, 0, static_cast<std::size_t>(C * (run.end - run.begin)) * sizeof(T));
                 break;
-            case Reach::part:
+            case Share::part:
                 for (int i = run.begin; i < run.end; ++i)
                     sampler.careful(spots[i], to + static_cast<std::ptrdiff_t>(C) * i);
                 break;
-            case Reach::all:
+            case Share::all:
                 sampleRun(sampler, spots, run, first);
                 break;
         }
@@ -299,7 +299,7 @@ inline void placeSpots(int x, int y, int count, Map map, Sampler sampler, Spots<
     for (int i = 0; i < count; ++i) position[i] = sampler.bounded(map(x + i, y));
     for (int i = 0; i < count; ++i) {
         const Spot<Way> spot = sampler.place(position[i]);
-        spots.reach[i] = spot.reach;
+        spots.share[i] = spot.share;
         spots.x[i] = spot.x;
         spots.y[i] = spot.y;
         spots.tx[i] = spot.tx;
@@ -347,7 +347,7 @@ inline void samplePixels(int width, int height, Plane<T> dst, const Map& map, co
     detail::sampleRows<C, false>(width, height, dst, map, sampler);
 }
 
-/// The same; pixels that the source doesn't reach are 0.
+/// The same; pixels that the source doesn't share are 0.
 template <int C, typename T, typename Map, typename Sampler>
 inline void samplePixelsOrClear(int width, int height, Plane<T> dst, const Map& map, const Sampler& sampler)
 {

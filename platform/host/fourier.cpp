@@ -83,7 +83,7 @@ public:
         int rest = length;
         for (const int radix : {4, 2})
             for (; rest % radix == 0; rest /= radix) _radices.push_back(radix);
-        for (int radix = 3; rest > 1; radix = radix * radix > rest ? rest : radix + 2)
+        for (int radix = 3; rest > 1; radix = radix > rest / radix ? rest : radix + 2)
             for (; rest % radix == 0; rest /= radix) _radices.push_back(radix);
         for (int i = 0; i < length; ++i) {
             const double angle = -2 * std::acos(-1.0) * i / length;
@@ -284,6 +284,7 @@ void transformColumns(const FourierTransform& transform, const Image& image, int
         const Numbers to = block.from(y * lanes);
         for (int lane = 0; lane < first; ++lane) to.real[lane] = from[lane].real;
         for (int lane = 0; lane < second; ++lane) to.imaginary[lane] = from[lanes + lane].real;
+        std::fill(to.imaginary + second, to.imaginary + lanes, 0.0F);
     }
     const Numbers result = transform(block, scratch);
     for (int y = 0; y <= image.height / 2; ++y) {
