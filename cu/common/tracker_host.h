@@ -70,6 +70,7 @@ private:
         for (int y = 0; y < _rows; ++y) differentiate(y);
         const Interior inside{std::max(-left, 0), std::min(_columns, image.width - left), std::max(-top, 0),
                               std::min(_rows, image.height - top)};
+        if (inside.right - inside.left == _columns && inside.bottom - inside.top == _rows) return;
         for (int plane = 0; plane < 3; ++plane) repeatEdges(plane, inside);
     }
 
