@@ -56,7 +56,7 @@ private:
         const auto at = [&](const auto* pixels, int pitch) {
             const auto* const above = pixels + static_cast<std::ptrdiff_t>(upper) * pitch;
             const auto* const below = pixels + static_cast<std::ptrdiff_t>(lower) * pitch;
-            return place(above[left], above[right], below[left], below[right]);
+            return place.plus(0.0F, above[left], above[right], below[left], below[right]);
         };
         return {at(image.pixels.pixels, image.pixels.pitch), at(image.gradX, image.gradPitch),
                 at(image.gradY, image.gradPitch)};

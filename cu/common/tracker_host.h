@@ -70,6 +70,7 @@ private:
         for (int y = 0; y < _rows; ++y) differentiate(y);
         const Interior inside{std::max(-left, 0), std::min(_columns, image.width - left), std::max(-top, 0),
                               std::min(_rows, image.height - top)};
+        if (inside.right - inside.left == _columns && inside.bottom - inside.top == _rows) return;
         for (int plane = 0; plane < 3; ++plane) repeatEdges(plane, inside);
     }
 
@@ -194,7 +195,8 @@ public:
                 for (int x = 0; x < _pitch; x += lanes)
 #pragma omp simd
                     for (int lane = x; lane < x + lanes; ++lane)
-                        to[lane] = place(from[lane], from[lane + 1], from[lane + pitch], from[lane + pitch + 1]);
+                        to[lane] =
+                            place.plus(0.0F, from[lane], from[lane + 1], from[lane + pitch], from[lane + pitch + 1]);
         }
         _patch.forget();
     }
@@ -254,15 +256,18 @@ private:
         float residue[lanes] = {};
         for (int y = 0; y < rows; ++y) {
             for (int lane = 0; lane < lanes; ++lane) {
-                const auto second = [=](const float* plane) {
+                const auto plus = [=](float value, const float* plane) {
                     const float* const at = plane + y * pitch + lane;
-                    return own(at[0], at[1], at[pitch], at[pitch + 1]);
+                    return own.plus(value, at[0], at[1], at[pitch], at[pitch + 1]);
+                };
+                const auto minus = [=](float value, const float* plane) {
+                    const float* const at = plane + y * pitch + lane;
+                    return own.minus(value, at[0], at[1], at[pitch], at[pitch + 1]);
                 };
                 const float* const sample = first + y * samplePitch + lane;
-                const WindowSums sums =
-                    detail::accumulated({xx[lane], xy[lane], yy[lane], ex[lane], ey[lane], residue[lane]},
-                                        {sample[samplePlane] + second(gradX), sample[2 * samplePlane] + second(gradY),
-                                         sample[0] - second(values)});
+                const WindowSums sums = detail::accumulated(
+                    {xx[lane], xy[lane], yy[lane], ex[lane], ey[lane], residue[lane]},
+                    {plus(sample[samplePlane], gradX), plus(sample[2 * samplePlane], gradY), minus(sample[0], values)});
                 xx[lane] = sums.xx;
                 xy[lane] = sums.xy;
                 yy[lane] = sums.yy;
