@@ -63,7 +63,8 @@ TEST(Photographs, AreAligned)
     }
 }
 
-/// Where frames are sharp in one half each, the stack is the photograph, away from the seam.
+/// Where frames are sharp in one half each, the stack is the photograph, away from the seam. On even surfaces the
+/// frames hardly differ and the measure, which is taken at a coarse scale, may prefer either; that must not be seen.
 TEST(Photographs, AreStacked)
 {
     for (const char* const file : files) {
@@ -86,13 +87,21 @@ TEST(Photographs, AreStacked)
         testing::internal::GetCapturedStdout();
         ASSERT_EQ(status, VEXA_SUCCESS);
         const std::vector<kit::u8> result = kit::download<kit::u8>(stacked);
-        int pixels = 0, right = 0;
+        int pixels = 0, equal = 0, alike = 0;
         for (std::size_t i = 0; i < result.size(); i += 3) {
             if (std::abs(columnOf(i) - seam) < 30) continue;
+            int difference = 0;
+            for (std::size_t c = i; c < i + 3; ++c)
+                difference = std::max(difference, std::abs(result[c] - sharpElements[c]));
             ++pixels;
-            right += std::equal(&result[i], &result[i] + 3, &sharpElements[i]);
+            equal += difference == 0;
+            alike += difference <= 4;
         }
-        EXPECT_GE(right, 0.99 * pixels) << file;
+        EXPECT_GE(equal, 0.92 * pixels) << file;
+        EXPECT_GE(alike, 0.98 * pixels) << file;
+        const Picture truth = pictureOf(photo);
+        for (const VexaImage& frame : frames)
+            EXPECT_GT(psnr(pictureOf(stacked), truth), psnr(pictureOf(frame), truth) + 6) << file;
     }
 }
 
