@@ -61,8 +61,8 @@ namespace computerVision {
 ///        It is there too if copying into it or freeing device memory failed
 /// @param maxFeatures how many features are wanted, and then how many there are
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty image; VEXA_NOT_SUPPORTED_MODE_ERROR for types other than 8UC1;
-///         VEXA_MEM_ALLOC_ERR also for a rectangle that no memory holds, VEXA_MEMSET_ERR,
-///         VEXA_INTERNAL_FUNCTION_CALL_ERROR, VEXA_MEMCPY_D2H_ERROR, VEXA_MEMFREE_ERR
+///         VEXA_MEM_ALLOC_ERR also for a rectangle that no memory holds, VEXA_INTERNAL_FUNCTION_CALL_ERROR if there is
+///         none for its gradients, VEXA_MEMSET_ERR, VEXA_MEMCPY_D2H_ERROR, VEXA_MEMFREE_ERR
 VEXA_API VexaStatus goodFeaturesToTrack(const VexaImage& src, const VexaRect& roi,
                                         VexaPointValue2D<float, float>*& output, Vexa32s& maxFeatures,
                                         const VexaFeaturesCriteria criteria,
@@ -82,10 +82,10 @@ VEXA_API VexaStatus goodFeaturesToTrack(const VexaImage& src, const VexaRect& ro
 /// @return VEXA_IMAGE_NOT_INITIALIZED for an empty image; VEXA_DEPTH_NOT_SUPPORTED_ERROR and
 ///         VEXA_CHANNEL_NOT_SUPPORTED_ERROR for another format of `previous`; VEXA_NOT_SUPPORTED_MODE_ERROR if the
 ///         images differ in size, depth or channels, or the pitch of `previous` leads out of `next`;
-///         VEXA_INVALID_ARG_ERROR for a `subSampling` that does not lie
-///         between 0 and 1; VEXA_INTERNAL_CALL_ERROR for a pyramid with a level of less than a pixel and images of less
-///         than 2 by 2; VEXA_INTERNAL_FUNCTION_CALL_ERROR if a level fails, as for windows of more than 2^24 pixels;
-///         VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_H2D_ERROR, VEXA_MEMCPY_D2H_ERROR, VEXA_MEMFREE_ERR
+///         VEXA_INVALID_ARG_ERROR for a `subSampling` that does not lie between 0 and 1; VEXA_INTERNAL_CALL_ERROR for a
+///         pyramid with a level of less than a pixel and images of less than 2 by 2; VEXA_INTERNAL_FUNCTION_CALL_ERROR
+///         if a level fails, as for windows of more than 2^24 pixels; VEXA_MEM_ALLOC_ERR, VEXA_MEMCPY_H2D_ERROR,
+///         VEXA_MEMCPY_D2D_ERROR, VEXA_MEMCPY_D2H_ERROR, VEXA_MEMFREE_ERR
 ///
 /// Prints two lines to standard output for each level, with the status of a resize each.
 VEXA_API VexaStatus trackFeatures(const VexaImage& previous, const VexaImage& next,

@@ -1,7 +1,7 @@
 /// @file
 /// Temporary device blocks of workers. Most have no owner that frees them: workers that give up on a failure leave
-/// theirs allocated, as work on them may still be queued. That is the contract, and tested. Those of computer vision,
-/// which are many a call, have owners.
+/// theirs allocated, as work on them may still be queued. That is the contract, and tested. Those of features and
+/// tracking, which are many a call, have owners.
 
 #pragma once
 
