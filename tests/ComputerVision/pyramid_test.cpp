@@ -216,6 +216,9 @@ TEST(Pyramid, GaussianAndLaplacian)
     for (const float scale : {0.5F, 0.7F, 1.0F, 1.6F}) {
         SCOPED_TRACE(testing::Message() << "scale " << scale);
         expectGaussian<u8>(noise<u8>({61, 47}, 3, 3), scale);
+        // Levels of exactly half the size.
+        expectGaussian<u8>(noise<u8>({64, 48}, 1, 9), scale);
+        expectGaussian<u16>(noise<u16>({132, 68}, 3, 10), scale);
         expectGaussian<f32>(noise<f32>({40, 32}, 1, 4), scale);
         expectLaplacian<u8>(noise<u8>({61, 47}, 3, 5), scale);
         expectLaplacian<f32>(noise<f32>({40, 32}, 1, 6), scale);

@@ -44,6 +44,25 @@ TEST(Photographs, AreDevelopedFromRawFrames)
     }
 }
 
+/// Level by level: filtered, then shrunk.
+TEST(Photographs, FormPyramids)
+{
+    for (const char* const file : files) {
+        const VexaImage photo = photograph(file);
+        VexaPyramid pyramid;
+        ASSERT_EQ(pyramid.createGaussian(photo, 5, 0.5F, VexaSize(5, 5), 1.0F, VEXA_INTER_LINEAR), VEXA_SUCCESS);
+        EXPECT_EQ(kit::download<kit::u8>(pyramid[0]), kit::download<kit::u8>(photo));
+        for (int i = 1; i < 5; ++i) {
+            VexaImage blurred, shrunk(pyramid[i].size(), VEXA_8UC3);
+            ASSERT_EQ(vexa::imageFiltering::imageFilter(pyramid[i - 1], blurred,
+                                                        VexaSpecialFilters::gaussian(VexaSize(5, 5), 1.0F)),
+                      VEXA_SUCCESS);
+            ASSERT_EQ(vexa::geometryTransforms::resize(blurred, shrunk, VEXA_INTER_LINEAR), VEXA_SUCCESS);
+            EXPECT_EQ(kit::download<kit::u8>(pyramid[i]), kit::download<kit::u8>(shrunk)) << file << ", level " << i;
+        }
+    }
+}
+
 /// A part of a photograph, turned, sheared and moved, is found again to a tenth of a pixel.
 TEST(Photographs, AreAligned)
 {
