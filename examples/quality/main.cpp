@@ -13,6 +13,7 @@
 #include "../raw.h"
 #include "flow.h"
 #include "photometric.h"
+#include "stacking.h"
 #include "vexaCore.h"
 
 namespace {
@@ -169,6 +170,19 @@ void flowing(const std::string& from, const std::string& to)
     }
 }
 
+/// Photographs stacked of two frames. These tell their progress above the table.
+void stacking(const std::string& from)
+{
+    std::vector<StackFigure> figures;
+    for (const Photograph& photograph : photographs)
+        figures.push_back(stackFigure(vexa::io::loadImage(from + photograph.file, VEXA_LOAD_IMAGE_COLOR)));
+    std::printf("\n\n| photograph | equal | within 4 levels | a frame | the stack |\n|---|---:|---:|---:|---:|\n");
+    const Photograph* photograph = photographs;
+    for (const StackFigure& figure : figures)
+        std::printf("| %s | %.1f %% | %.1f %% | %.1f | %.1f |\n", (photograph++)->name, 100 * figure.equal,
+                    100 * figure.alike, figure.psnrFrame, figure.psnrStack);
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -181,6 +195,7 @@ int main(int argc, char** argv)
         demosaicing(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
         restoring(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
         flowing(std::string(argv[1]) + "/", std::string(argv[2]) + "/");
+        stacking(std::string(argv[1]) + "/");
     } catch (const char* complaint) {
         std::fprintf(stderr, "quality: %s\n", complaint);
         return 2;
