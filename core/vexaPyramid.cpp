@@ -68,6 +68,19 @@ void subtractFrom(VexaImage& image, const VexaImage& other)
     (void)arithmeticLogical::subtract(image, other, image);
 }
 
+/// The levels of a Gaussian pyramid whose first level is the source.
+void gaussianDownwards(VexaImage* level, Vexa32s levels, const VexaFilter& filter, VexaInterpolationType interpolation)
+{
+    for (Vexa32s i = 1; i < levels; ++i) reduce(level[i - 1], level[i], filter, interpolation);
+}
+
+/// The levels of a Gaussian pyramid whose last level is the source.
+void gaussianUpwards(VexaImage* level, Vexa32s levels, const VexaFilter& filter, VexaInterpolationType interpolation)
+{
+    for (Vexa32s i = levels - 2; i >= 0; --i)
+        (void)imageFiltering::imageFilter(resized(level[i + 1], level[i].size(), interpolation), level[i], filter);
+}
+
 /// The band-pass levels of a pyramid whose first level is the source.
 void differencesDownwards(VexaImage* level, Vexa32s levels, const VexaFilter& filter,
                           VexaInterpolationType interpolation)
@@ -95,6 +108,18 @@ void differencesUpwards(VexaImage* level, Vexa32s levels, const VexaFilter& filt
     VexaImage& first = level[0];
     const VexaImage twice = resized(first, {scaled(first.width(), 2), scaled(first.height(), 2)}, interpolation);
     subtractFrom(first, resized(filtered(twice, filter), first.size(), interpolation));
+}
+
+/// Makes all levels from one of them.
+using Fill = void(VexaImage* level, Vexa32s levels, const VexaFilter& filter, VexaInterpolationType interpolation);
+
+/// Puts the source at its end of the levels and fills them from there.
+void fillFrom(const VexaImage& src, VexaImage* level, Vexa32s levels, Vexa32f scale, const VexaFilter& filter,
+              VexaInterpolationType interpolation, Fill& downwards, Fill& upwards)
+{
+    const bool isLargest = scale < 1;
+    level[isLargest ? 0 : levels - 1] = src;
+    (isLargest ? downwards : upwards)(level, levels, filter, interpolation);
 }
 
 }  // namespace
@@ -149,17 +174,8 @@ VexaStatus VexaPyramid::createGaussian(const VexaImage& src, Vexa32s levels, Vex
                                        Vexa32f sigma, VexaInterpolationType interpolation)
 {
     if (const VexaStatus failed = create(src.size(), src.type(), levels, scale)) return failed;
-    const VexaFilter filter = VexaSpecialFilters::gaussian(filterSize, sigma);
-    VexaImage* const level = images();
-    const Vexa32s count = std::clamp(levels, 1, _levels);
-    if (scale < 1) {
-        level[0] = src;
-        for (Vexa32s i = 1; i < count; ++i) reduce(level[i - 1], level[i], filter, interpolation);
-    } else {
-        level[count - 1] = src;
-        for (Vexa32s i = count - 2; i >= 0; --i)
-            (void)imageFiltering::imageFilter(resized(level[i + 1], level[i].size(), interpolation), level[i], filter);
-    }
+    fillFrom(src, images(), std::clamp(levels, 1, _levels), scale, VexaSpecialFilters::gaussian(filterSize, sigma),
+             interpolation, gaussianDownwards, gaussianUpwards);
     return VEXA_SUCCESS;
 }
 
@@ -167,16 +183,8 @@ VexaStatus VexaPyramid::createLaplacian(const VexaImage& src, Vexa32s levels, Ve
                                         Vexa32f sigma, VexaInterpolationType interpolation)
 {
     if (const VexaStatus failed = create(src.size(), src.type(), levels, scale)) return failed;
-    const VexaFilter filter = VexaSpecialFilters::gaussian(filterSize, sigma);
-    VexaImage* const level = images();
-    const Vexa32s count = std::clamp(levels, 1, _levels);
-    if (scale < 1) {
-        level[0] = src;
-        differencesDownwards(level, count, filter, interpolation);
-    } else {
-        level[count - 1] = src;
-        differencesUpwards(level, count, filter, interpolation);
-    }
+    fillFrom(src, images(), std::clamp(levels, 1, _levels), scale, VexaSpecialFilters::gaussian(filterSize, sigma),
+             interpolation, differencesDownwards, differencesUpwards);
     return VEXA_SUCCESS;
 }
 
