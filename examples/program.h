@@ -1,5 +1,5 @@
 /// @file
-/// What programs on image files share: options, loading, saving, and one line for what goes wrong.
+/// What the example programs on image files share: options, loading, saving, and one line for what goes wrong.
 
 #pragma once
 

@@ -6,14 +6,12 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "../program.h"
 #include "canvas.h"
-#include "vexaCore.h"
 #include "video.h"
 
 namespace {
@@ -33,7 +31,7 @@ constexpr char usage[] =
     "  --features COUNT  how many features are followed, 200 by default\n"
     "  --frames COUNT    how many frames are made, 6 by default\n";
 
-constexpr int brokenInput = 2;
+const Program program("track");
 
 struct Request {
     std::vector<std::string> files;  ///< to read
@@ -43,51 +41,25 @@ struct Request {
     bool make = false;
 };
 
-[[noreturn]] void refuse(const std::string& why)
-{
-    std::fprintf(stderr, "track: %s\n", why.c_str());
-    std::exit(brokenInput);
-}
-
-/// Ends the program if a step failed.
-void require(VexaStatus status, const char* step)
-{
-    if (status == VEXA_SUCCESS) return;
-    std::fprintf(stderr, "track: %s failed: %s (%d)\n", step, vexaStatusString(status), status);
-    std::exit(1);
-}
-
-int countOf(const std::string& option, const std::string& text)
-{
-    constexpr long most = 1000000;
-    char* end = nullptr;
-    const long count = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || count < 1 || count > most)
-        refuse(option + " takes a number from 1 to " + std::to_string(most) + ", not '" + text + "'");
-    return static_cast<int>(count);
-}
-
 Request requestOf(int argc, char** argv)
 {
     Request request;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const auto count = [&] {
-            if (i + 1 == argc) refuse(argument + " needs a value; --help tells more");
-            return countOf(argument, argv[++i]);
-        };
-        if (argument == "--features")
-            request.features = count();
-        else if (argument == "--frames")
-            request.frames = count();
-        else if (argument == "--make")
-            request.make = true;
-        else if (argument.size() > 1 && argument[0] == '-')
-            refuse("there is no option " + argument + "; --help tells more");
+    const auto flag = [&](const std::string& option) {
+        if (option == "--make") request.make = true;
+        return option == "--make";
+    };
+    const auto take = [&](const std::string& option, const std::string& value) {
+        constexpr int most = 1000000;
+        if (option == "--features")
+            request.features = program.number(option, value, 1, most);
+        else if (option == "--frames")
+            request.frames = program.number(option, value, 1, most);
         else
-            request.files.push_back(argument);
-    }
-    if (request.files.size() < 2) refuse("name what to read and a folder to write to; --help tells more");
+            return false;
+        return true;
+    };
+    request.files = program.files(argc, argv, usage, flag, take);
+    if (request.files.size() < 2) program.refuse("name what to read and a folder to write to; --help tells more");
     request.folder = request.files.back() + "/";
     request.files.pop_back();
     return request;
@@ -96,16 +68,13 @@ Request requestOf(int argc, char** argv)
 /// An image of 8 bits in blue, green, red.
 VexaImage load(const std::string& file)
 {
-    try {
-        return vexa::io::loadImage(file, VEXA_LOAD_IMAGE_COLOR);
-    } catch (const char*) {
-        refuse(file + " can't be read as an image");
-    }
+    return program.load(file, VEXA_LOAD_IMAGE_COLOR);
 }
 
+/// Without a line for each of many.
 void save(VexaImage& image, const std::string& file)
 {
-    if (vexa::io::saveImage(image, file) != VEXA_SUCCESS) refuse(file + " can't be written");
+    if (vexa::io::saveImage(image, file) != VEXA_SUCCESS) program.refuse(file + " can't be written");
 }
 
 std::string numbered(const std::string& name, int number)
@@ -136,7 +105,7 @@ std::unique_ptr<Video> open(const std::vector<std::string>& files)
 {
     if (files.size() > 1) return std::make_unique<Files>(files);
     std::unique_ptr<Video> video = openVideo(files.front());
-    if (video == nullptr) refuse(files.front() + " can't be read as a video; of images it takes two or more");
+    if (video == nullptr) program.refuse(files.front() + " can't be read as a video; of images it takes two or more");
     return video;
 }
 
@@ -166,7 +135,7 @@ private:
 VexaImage grayOf(const VexaImage& frame)
 {
     VexaImage gray;
-    require(vexa::colorOperations::rgb2gray(frame, gray), "rgb2gray");
+    program.require(vexa::colorOperations::rgb2gray(frame, gray), "rgb2gray");
     return gray;
 }
 
@@ -186,7 +155,7 @@ public:
         if (2 * static_cast<int>(_tracks.size()) > _most) return;
         Feature* found = nullptr;
         int count = _most;
-        require(
+        program.require(
             vexa::computerVision::goodFeaturesToTrack(gray, VexaRect(0, 0, gray.width(), gray.height()), found, count,
                                                       VexaFeaturesCriteria(VEXA_FEATURES_KLT, 0.01F, distance)),
             "goodFeaturesToTrack");
@@ -205,9 +174,10 @@ public:
         std::vector<Feature> ends;
         for (const Track& track : _tracks) ends.emplace_back(track.points.back().x, track.points.back().y, 0.0F);
         Feature* found = nullptr;
-        require(vexa::computerVision::trackFeatures(previous, next, ends.data(), found, static_cast<int>(ends.size()),
-                                                    VexaTrackingCriteria(3, VexaSize(15, 15), 20, 20.0F)),
-                "trackFeatures");
+        program.require(
+            vexa::computerVision::trackFeatures(previous, next, ends.data(), found, static_cast<int>(ends.size()),
+                                                VexaTrackingCriteria(3, VexaSize(15, 15), 20, 20.0F)),
+            "trackFeatures");
         const std::unique_ptr<Feature[]> features(found);
         for (std::size_t i = 0; i < _tracks.size(); ++i) {
             _tracks[i].isLost = features[i].val != 0.0F;
@@ -227,7 +197,7 @@ public:
         Canvas canvas(frame);
         for (const Track& track : _tracks) canvas.draw(track);
         VexaImage picture;
-        require(canvas.copyTo(picture), "upload");
+        program.require(canvas.copyTo(picture), "upload");
         return picture;
     }
 
@@ -248,10 +218,10 @@ private:
 VexaImage flowBetween(const VexaImage& previous, const VexaImage& next)
 {
     FlowField flow(previous.width(), previous.height());
-    require(denseFlow(previous, next, VexaTrackingCriteria(3, VexaSize(7, 7), 8, 0.0F, 0.02F), flow),
-            "opticalFlowPyrLKDense");
+    program.require(denseFlow(previous, next, VexaTrackingCriteria(3, VexaSize(7, 7), 8, 0.0F, 0.02F), flow),
+                    "opticalFlowPyrLKDense");
     VexaImage picture;
-    require(imageOf(flowPicture(flow, usualLength(flow)), flow.width, flow.height, picture), "upload");
+    program.require(imageOf(flowPicture(flow, usualLength(flow)), flow.width, flow.height, picture), "upload");
     return picture;
 }
 
@@ -259,7 +229,7 @@ void track(const Request& request)
 {
     const std::unique_ptr<Video> video = open(request.files);
     VexaImage frame;
-    if (!video->read(frame)) refuse(request.files.front() + " has no frames");
+    if (!video->read(frame)) program.refuse(request.files.front() + " has no frames");
     VexaImage previous = grayOf(frame);
     Tracks tracks(request.features);
     int number = 0;
@@ -268,7 +238,7 @@ void track(const Request& request)
         while (video->read(frame)) {
             const VexaImage next = grayOf(frame);
             if (next.width() != previous.width() || next.height() != previous.height())
-                refuse("frame " + std::to_string(number + 2) + " has another size than the first");
+                program.refuse("frame " + std::to_string(number + 2) + " has another size than the first");
             ++number;
             tracks.replenish(previous);
             tracks.follow(previous, next);
@@ -280,7 +250,7 @@ void track(const Request& request)
             previous = next;
         }
     }
-    if (number == 0) refuse(request.files.front() + " has a single frame");
+    if (number == 0) program.refuse(request.files.front() + " has a single frame");
     std::printf("wrote %s to %s and the same of flow\n", numbered(request.folder + "tracks", 1).c_str(),
                 numbered("tracks", number).c_str());
 }
@@ -301,7 +271,8 @@ void makeFrames(const Request& request)
         const double fromY = y + i;
         double matrix[2][3] = {{c, s, x - c * fromX - s * fromY}, {-s, c, y + s * fromX - c * fromY}};
         VexaImage frame(photo);
-        require(vexa::geometryTransforms::warpAffineBack(photo, frame, matrix, VEXA_INTER_CUBIC), "warpAffineBack");
+        program.require(vexa::geometryTransforms::warpAffineBack(photo, frame, matrix, VEXA_INTER_CUBIC),
+                        "warpAffineBack");
         save(frame, numbered(request.folder + "frame", i));
     }
     std::printf("wrote %s to %s\n", numbered(request.folder + "frame", 0).c_str(),
@@ -312,11 +283,6 @@ void makeFrames(const Request& request)
 
 int main(int argc, char** argv)
 {
-    for (int i = 1; i < argc; ++i)
-        if (std::strcmp(argv[i], "--help") == 0) {
-            std::fputs(usage, stdout);
-            return 0;
-        }
     const Request request = requestOf(argc, argv);
     if (request.make)
         makeFrames(request);
